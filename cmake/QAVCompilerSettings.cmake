@@ -1,0 +1,20 @@
+# Settings that every target of the project shares.
+
+# The same bits on every machine: no contraction of a*b+c into a fused operation, never fast-math.
+add_compile_options(-ffp-contract=off)
+
+add_library(qav_warnings INTERFACE)
+target_compile_options(qav_warnings INTERFACE -Wall -Wextra -Wpedantic -Wconversion $<$<BOOL:${QAV_WERROR}>:-Werror>)
+
+# Flags of the inner loops. None of them changes a result: errno and floating-point traps are not part of it.
+add_library(qav_kernel_flags INTERFACE)
+target_compile_options(qav_kernel_flags INTERFACE
+  -fno-math-errno -fno-trapping-math -Wno-psabi
+  $<$<CONFIG:Release,RelWithDebInfo>:-O3>
+  $<$<CXX_COMPILER_ID:Clang>:-Wno-pass-failed>)
+
+if(CMAKE_SYSTEM_PROCESSOR MATCHES "x86_64|amd64|AMD64")
+  set(QAV_KERNEL_LEVELS baseline avx2 avx512 avx512vbmi)
+else()
+  set(QAV_KERNEL_LEVELS baseline)
+endif()

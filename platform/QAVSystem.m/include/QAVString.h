@@ -1,0 +1,27 @@
+#pragma once
+
+#include <QAVExport.h>
+
+#include <string>
+
+/// String of bytes, as file paths and names are on this platform. Holds no zero byte's meaning of its own.
+class QAV_EXPORT QAVString {
+ public:
+  QAVString() = default;
+  /// A null pointer makes an empty string.
+  QAVString(const char* text);  // NOLINT(google-explicit-constructor): literals are paths everywhere
+  QAVString(std::string text);  // NOLINT(google-explicit-constructor)
+
+  /// The bytes with a zero after the last one; valid until the string changes.
+  const char* ConvertToChar() const noexcept { return text_.c_str(); }
+  int GetLengthInChar() const noexcept { return static_cast<int>(text_.size()); }
+  bool IsEmpty() const noexcept { return text_.empty(); }
+  const std::string& AsStdString() const noexcept { return text_; }
+
+  QAVString& operator+=(const QAVString& other);
+  friend QAVString operator+(QAVString first, const QAVString& second) { return first += second; }
+  friend bool operator==(const QAVString&, const QAVString&) = default;
+
+ private:
+  std::string text_;
+};
