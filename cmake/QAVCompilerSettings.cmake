@@ -11,7 +11,9 @@ add_library(qav_kernel_flags INTERFACE)
 target_compile_options(qav_kernel_flags INTERFACE
   -fno-math-errno -fno-trapping-math -Wno-psabi
   $<$<CONFIG:Release,RelWithDebInfo>:-O3>
-  $<$<CXX_COMPILER_ID:Clang>:-Wno-pass-failed>)
+  $<$<CXX_COMPILER_ID:Clang>:-Wno-pass-failed>
+  # GCC 12 takes the deliberately undefined operands of its own intrinsics for mistakes.
+  $<$<CXX_COMPILER_ID:GNU>:-Wno-uninitialized;-Wno-maybe-uninitialized>)
 
 if(CMAKE_SYSTEM_PROCESSOR MATCHES "x86_64|amd64|AMD64")
   set(QAV_KERNEL_LEVELS baseline avx2 avx512 avx512vbmi)

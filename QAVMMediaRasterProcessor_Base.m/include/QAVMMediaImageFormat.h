@@ -1,0 +1,109 @@
+#pragma once
+
+#include <QAVExport.h>
+#include <QAVPixelImage.h>
+#include <QAVPixelImageFormat.h>
+#include <QAVResult.h>
+
+#include <cstdint>
+
+/// The library's own numbering of pixel formats. Only their sizes matter here.
+enum QAVMMediaImagePixelFormat : std::int32_t {
+  QAVMMediaImageBitonal = 0,   ///< 1 bit
+  QAVMMediaImageL8 = 1,        ///< 8 bits
+  QAVMMediaImageLA88 = 2,      ///< 16 bits
+  QAVMMediaImageRGB888 = 3,    ///< 24 bits
+  QAVMMediaImageRGBA8888 = 4,  ///< 32 bits
+  QAVMMediaImage16Bit5 = 5,    ///< 5 to 17: 16 bits each
+  QAVMMediaImage16Bit17 = 17,
+  QAVMMediaImage24Bit18 = 18,  ///< 24 bits
+  QAVMMediaImage32Bit19 = 19,  ///< 19 to 21: 32 bits each
+  QAVMMediaImage32Bit21 = 21,
+  QAVMMediaImageUnknown = -1,  ///< no format of this numbering
+};
+
+/// Bits of the channel masks that the colour operations take. Only the bits that an image's format has count.
+inline constexpr int QAVMMIChannelLuminance = 1;
+inline constexpr int QAVMMIChannelRed = 2;
+inline constexpr int QAVMMIChannelGreen = 4;
+inline constexpr int QAVMMIChannelBlue = 8;
+inline constexpr int QAVMMIChannelAlpha = 16;
+
+/// The formula of QAVMMediaImageProcessor::Grey. Unsigned integer arithmetic; divisions round down.
+enum QAVMMIGreyType : std::int32_t {
+  QAVMMIGreyLuma = 0,         ///< (2125 R + 7154 G + 465 B) / 10000; white becomes 248
+  QAVMMIGreyGreen = 1,        ///< G
+  QAVMMIGreyAverage = 2,      ///< (R + G + B) / 3
+  QAVMMIGreyLightness = 3,    ///< (max + min) / 2
+  QAVMMIGreyLumaVideo = 4,    ///< (2989 R + 5866 G + 1145 B) / 10000
+  QAVMMIGreyLumaAgain = 5,    ///< as 0
+  QAVMMIGreyLumaCoarse = 6,   ///< (222 R + 707 G + 57 B) / 1000; white becomes 251
+  QAVMMIGreyAntialiased = 7,  ///< for `BitonalRuns` images alone: expand, then antialias
+};
+
+/// The direction of QAVMMediaImageProcessor::Mirror.
+enum QAVMMIMirrorType : std::int32_t {
+  QAVMMIMirrorNone = 0,
+  QAVMMIMirrorLeftRight = 1,  ///< every row reversed
+  QAVMMIMirrorTopBottom = 2,  ///< the order of the rows reversed
+  QAVMMIMirrorBoth = 3,       ///< left-right first, then top-bottom
+};
+
+/// How QAVMMediaImageProcessor::Mask reads the mask image; every value but 0 is the alpha mask.
+enum QAVMMIMaskType : std::int32_t {
+  QAVMMIMaskLuminance = 0,  ///< luminance times alpha decides how much of the source's alpha stays
+  QAVMMIMaskAlpha = 1,      ///< a non-zero alpha keeps the source's alpha, a zero removes it
+};
+
+/// The filters of QAVMMediaImageProcessor::Filter. 17 and 18 are not assigned.
+enum QAVMMIFilterType : std::int32_t {
+  QAVMMIFilterSmoothBox = 0,
+  QAVMMIFilterSmoothLight = 1,
+  QAVMMIFilterSmoothGauss = 2,
+  QAVMMIFilterSmoothCentre = 3,
+  QAVMMIFilterSharpenLight = 4,
+  QAVMMIFilterSharpenMedium = 5,
+  QAVMMIFilterSharpen = 6,
+  QAVMMIFilterSharpenCross = 7,
+  QAVMMIFilterGauss = 8,
+  QAVMMIFilterSharpenStrong = 9,
+  QAVMMIFilterSobel = 10,
+  QAVMMIFilterPrewitt = 11,
+  QAVMMIFilterIsotropic = 12,
+  QAVMMIFilterPrewittCompass = 13,
+  QAVMMIFilterKirsch = 14,
+  QAVMMIFilterRoberts = 15,
+  QAVMMIFilterLaplace = 16,
+  QAVMMIFilterSobelHorizontal = 19,
+  QAVMMIFilterSobelVertical = 20,
+  QAVMMIFilterPrewittHorizontal = 21,
+  QAVMMIFilterPrewittVertical = 22,
+  QAVMMIFilterMedian = 23,
+  QAVMMIFilterMinimum = 24,
+  QAVMMIFilterMaximum = 25,
+  QAVMMIFilterOpening = 26,
+  QAVMMIFilterClosing = 27,
+};
+
+/// The methods of QAVMMediaImageProcessor::Dither.
+enum QAVMMIDitherType : std::int32_t {
+  QAVMMIDitherFloydSteinberg = 0,
+  QAVMMIDitherShortRow = 1,
+  QAVMMIDitherJarvis = 2,
+  QAVMMIDitherStucki = 3,
+  QAVMMIDitherVariable = 4,
+  QAVMMIDitherThreshold = 5,
+};
+
+/// Bits of one pixel of format `f`: 1, 8, 16, 24, 32 for 0..4, 16 for 5..17, 24 for 18, 32 for 19..21; 0 for any other
+/// value.
+QAV_EXPORT int QAVMMediaImageGetBitPerPixel(QAVMMediaImagePixelFormat f) noexcept;
+
+/// The library's number for a pixel-image format: 1, 2, 3, 4 for `L8` to `RGBA8888`, 0 for `BitonalRuns`, -1 for any
+/// other.
+QAV_EXPORT QAVMMediaImagePixelFormat QAVMMediaImageGetPixelFormat(QAVPixelImageFormat f) noexcept;
+
+/// Bytes that the image's pixels take: width x height x bytes per pixel for `L8` to `RGBA8888`; for `BitonalRuns` 136
+/// (an allowance for the image's own bookkeeping) plus the lengths of all rows' coded strings; 136 for any other
+/// format. A size that does not fit is INT_MAX.
+QAV_EXPORT int QAVMMediaImageGetBitmapSize(const QAVPixelImage& image);

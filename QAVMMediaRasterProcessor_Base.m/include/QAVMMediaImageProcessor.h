@@ -1,0 +1,109 @@
+#pragma once
+
+#include <QAVExport.h>
+#include <QAVMMediaImageFormat.h>
+#include <QAVPixelImage.h>
+#include <QAVResult.h>
+
+/// The image operations of the library, all static.
+///
+/// Conventions shared by all of them:
+/// - They change the image in place and return a status, S_OK or E_FAIL unless said otherwise. Those whose names begin
+///   with Create, and Mask, leave their images alone and return a new one with one reference for the caller, or null.
+/// - The trailing `apply` flag: 0 changes nothing and only asks whether the operation would accept the image.
+/// - The channel mask (QAVMMIChannelLuminance and its siblings) selects channels; bits that the format does not have do
+///   not count, and a mask that selects none of its channels is an error. Channels left out stay as they are.
+/// - A failing check leaves the image as it was, unless said otherwise. An image whose GetPixelsToModify gives null
+///   cannot be changed: E_FAIL.
+/// - `progress` may be null. It is never called unless an operation says so.
+/// - Channels are treated alike and alone; alpha is never multiplied into colour.
+/// - Sums of floating-point values are taken in the order written, conversions to integers saturate and turn
+///   not-a-number into 0: the same bits on every machine.
+class QAV_EXPORT QAVMMediaImageProcessor {
+ public:
+  /// @name Point operations
+  /// Each runs the selected channels of an `L8`, `LA88`, `RGB888` or `RGBA8888` image through one table
+  /// (QAVMMIColorRamp). With the apply flag 0 they return E_FAIL for formats `BitonalRuns` and 5 and S_OK for any
+  /// other, and look at nothing else. With a neutral parameter they return S_OK at once, whatever the image.
+  /// @{
+
+  /// Adds `b` (-1..1, clamped) of full scale. Neutral: 0.
+  static HRESULT Brightness(QAVPixelImage& image, float b, int channels, void (*progress)(float), unsigned char apply);
+  /// Scales about mid-grey, from flat (-1) to thresholding (1). Neutral: 0.
+  static HRESULT Contrast(QAVPixelImage& image, float c, int channels, void (*progress)(float), unsigned char apply);
+  /// Power curve with exponent 1/g, g in 0.0001..3. Neutral: 1.
+  static HRESULT Gamma(QAVPixelImage& image, float g, int channels, void (*progress)(float), unsigned char apply);
+  /// Inverts.
+  static HRESULT Negative(QAVPixelImage& image, int channels, void (*progress)(float), unsigned char apply);
+  /// Inverts what lies above the fraction `t` of full scale.
+  static HRESULT Solarize(QAVPixelImage& image, float t, int channels, void (*progress)(float), unsigned char apply);
+  /// Reduces to `n` evenly spaced levels, 2..254. Neutral: 255. E_FAIL for any other n.
+  static HRESULT Posterize(QAVPixelImage& image, unsigned int n, int channels, void (*progress)(float),
+                           unsigned char apply);
+  /// Brightness, then contrast, then gamma, in one table. Neutral: 0, 0, 1 together.
+  static HRESULT AdjustColor(QAVPixelImage& image, float b, float c, float g, int channels, void (*progress)(float),
+                             unsigned char apply);
+  /// Brightness of red, green and blue apart; alpha stays. `RGB888` and `RGBA8888` alone: E_FAIL for any other format,
+  /// and for an image without a writable buffer, also with the apply flag 0.
+  static HRESULT Balance(QAVPixelImage& image, float r, float g, float b, void (*progress)(float), unsigned char apply);
+  /// @}
+
+  /// @name Tone and colour
+  /// @{
+
+  /// Stretches each selected channel so that its minimum becomes 0 and its maximum 255. A sample that raises the
+  /// running maximum is not taken into the minimum, so a channel that only rises along the buffer stays as it is.
+  /// With the apply flag 0 returns S_OK whatever the format.
+  static HRESULT StretchHistogram(QAVPixelImage& image, int channels, void (*progress)(float), unsigned char apply);
+  /// Turns an `RGB888` or `RGBA8888` image into `L8` by the formula `type`; a `BitonalRuns` image is expanded, and for
+  /// type 7 antialiased at level 3. E_FAIL for formats `L8`, `LA88` and 5 whatever the flag; E_NOTIMPL for an unknown
+  /// type.
+  static HRESULT Grey(QAVPixelImage& image, QAVMMIGreyType type, void (*progress)(float), unsigned char apply);
+  /// Mirrors the image. E_FAIL for format 5 whatever the flag; E_NOTIMPL for an unknown type, but S_OK for one on a
+  /// `BitonalRuns` image. The rows of a `BitonalRuns` image whose width is no multiple of 8 are shifted by
+  /// width mod 8 bits, over the first (size + 7) / 8 of their bytes alone.
+  static HRESULT Mirror(QAVPixelImage& image, QAVMMIMirrorType type, void (*progress)(float), unsigned char apply);
+  /// New `RGBA8888` image with the colour of `source` and its alpha attenuated by `mask`. Null unless both are
+  /// `RGBA8888` and of one size.
+  static QAVPixelImage* Mask(const QAVPixelImage& source, const QAVPixelImage& mask, QAVMMIMaskType type,
+                             void (*progress)(float));
+  /// @}
+
+  /// @name Convolution with kernels of the caller's
+  /// @{
+
+  /// Channels of the pixel at (row, column) as floats; zeros when it lies at or behind the end of the buffer, or
+  /// `pixels` is null.
+  static HRESULT GetPixelRGBA(int row, int column, int width, int height, unsigned char* pixels, float& red,
+                              float& green, float& blue, float& alpha);
+  /// One pixel of a convolution: from `source` into `destination`, both RGBA buffers of width x height pixels.
+  static HRESULT ApplyKernelRGBA(int row, int column, int width, int height, int kernelSize, const float* kernel,
+                                 unsigned char* source, unsigned char* destination);
+  /// Convolves an RGBA buffer in place.
+  static HRESULT LinearConvolveMatrixRGBA(unsigned char* pixels, int width, int height, int kernelSize,
+                                          const float* kernel);
+  /// Convolves an `RGBA8888` image in place with kernelSize x kernelSize weights, row by row, kernelSize odd.
+  static HRESULT LinearConvolveMatrix(QAVPixelImage& image, int kernelSize, const float* kernel);
+  /// @}
+
+  /// @name Filters and dithering
+  /// @{
+
+  static HRESULT Filter(QAVPixelImage& image, QAVMMIFilterType type, int passes, void (*progress)(float),
+                        unsigned char flag);
+  static QAVPixelImage* CreateFiltered(const QAVPixelImage& image, QAVMMIFilterType type, int passes,
+                                       void (*progress)(float));
+  static HRESULT Antialiase(QAVPixelImage& image, int level, void (*progress)(float), unsigned char flag);
+  static QAVPixelImage* CreateAntialiased(const QAVPixelImage& image, int level, void (*progress)(float));
+  static void SetDitherThreshold(int threshold);
+  static HRESULT Dither(QAVPixelImage& image, QAVMMIDitherType type, void (*progress)(float), unsigned char makeBitonal,
+                        unsigned char acceptBitonal);
+  /// @}
+
+  /// @name Resampling
+  /// @{
+
+  static QAVPixelImage* CreateResampled(const QAVPixelImage& image, int width, int height, QAVMMIResampleType kind,
+                                        void (*progress)(float));
+  /// @}
+};

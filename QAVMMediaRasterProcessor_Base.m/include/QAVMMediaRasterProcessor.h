@@ -1,0 +1,15 @@
+#pragma once
+
+/// @file
+/// Every public header of the library and, through them, of the platform.
+
+#include <QAV5X5ColorMatrix.h>
+#include <QAVBaseUnknown.h>
+#include <QAVCheck.h>
+#include <QAVMMIColorRamp.h>
+#include <QAVMMediaImageFormat.h>
+#include <QAVMMediaImageProcessor.h>
+#include <QAVPixelImage.h>
+#include <QAVResult.h>
+#include <QAVString.h>
+#include <QAVUnicodeString.h>
