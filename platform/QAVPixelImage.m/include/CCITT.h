@@ -12,9 +12,9 @@ class QAV_EXPORT CCITT {
   static void build_decoding_states();
   static void destroy_decoding_states();
   /// Expands a coded row of `width` pixels into `bitmap`, which must be zeroed. A null or damaged string gives the
-  /// runs that came before the damage and white after it.
+  /// runs that came before the damage and white after it; a run that is too long ends with the row.
   static void decode(unsigned char* bitmap, const unsigned char* coded, unsigned int codedLength, unsigned int width);
   /// Codes a packed row; stores the new string (made with `new[]`, the caller's) in `coded` and returns its length in
-  /// bytes. Bits behind the last pixel of the row are ignored.
+  /// bytes. Bits behind the last pixel of the row are ignored. A null bitmap stores null and gives 0.
   static int encode(unsigned char*& coded, const unsigned char* bitmap, unsigned int width);
 };

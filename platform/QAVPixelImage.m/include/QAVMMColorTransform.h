@@ -22,7 +22,8 @@ class QAV_EXPORT QAVMMColorTransform {
   /// kind 0. E_FAIL for a null argument or another kind.
   static HRESULT DoTransformToLab(const QAVMMPIColorSpace* space, const double* values, double* lab);
   /// Difference of two Lab colours. `weights` are kL, kC, kH of CIEDE2000 (CIE 142-2001), and l, c of CMC; null
-  /// stands for ones. `reserved` has no effect on these formulas. E_FAIL for a null colour or an unknown method.
+  /// stands for ones. CIE94 has the constants for textiles (0.048 and 0.014) over the geometric mean of the two
+  /// chromas. `reserved` has no effect on these formulas. E_FAIL for a null colour or an unknown method.
   static HRESULT ComputeDeltaE(const double* first, const double* second, DELTA_E_METHOD method, double& result,
                                double reserved, const double* weights);
 };

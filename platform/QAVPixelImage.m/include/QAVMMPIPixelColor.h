@@ -21,6 +21,9 @@ class QAV_EXPORT QAVMMPIPixelColor {
   QAVMMPIPixelColor& operator=(const QAVMMPIPixelColor& other) noexcept;
   ~QAVMMPIPixelColor();
 
+  /// Takes a specification and channels as the constructor does.
+  void Set(QAVMMPIPixelColorSpec* spec, const std::array<float, 4>& channels) noexcept;
+
   /// The specification with one more reference for the caller, or null.
   QAVMMPIPixelColorSpec* GetColorSpec() const;
   /// True when both have a specification and the two are the same.

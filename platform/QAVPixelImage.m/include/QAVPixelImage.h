@@ -61,7 +61,7 @@ class QAV_EXPORT QAVPixelImage : public QAVBaseUnknown {
   virtual HRESULT ReverseRowOrder();
   /// Takes a new size, format and buffer, frees what it held, and adopts `pixels` as the adopting constructor does.
   /// S_OK, or E_FAIL for a size that cannot be held: the image is then as before, and frees `pixels` all the same
-  /// when `deallocate` says that it owns them.
+  /// when `deallocate` says that it owns them. It may be given its own buffer.
   virtual HRESULT ResetPixels(int width, int height, QAVPixelImageFormat format, unsigned char* pixels,
                               QAVDeallocatePixels deallocate);
   /// Bits of one pixel: 8 times the bytes, and 1 for `BitonalRuns`.
@@ -74,7 +74,9 @@ class QAV_EXPORT QAVPixelImage : public QAVBaseUnknown {
   /// whose pixels have no colour (`NoPixelStorage` and unknown ones).
   virtual QAVMMPIPixelColorSpec* getSpec();
   /// New image of the given size in this image's format, resampled with the kernel `kind`; null for sizes below 1,
-  /// an empty source, or an unknown kind. `BitonalRuns` images are resampled to the nearest pixel.
+  /// an empty source, or an unknown kind. Both directions are summed in double precision and rounded once, halves up;
+  /// the kernel widens when the size shrinks, and the edge pixels stand for what lies outside. Alpha is a channel like
+  /// the others: a constant image stays constant. `BitonalRuns` images are resampled to the nearest pixel.
   virtual QAVPixelImage* CreateResizedCopy(int width, int height, QAVMMIResampleType kind);
   /// Copies the part of `source` that falls inside this image, with its top-left corner at (x, y), converted to
   /// this image's format. S_OK, also when nothing falls inside; E_FAIL for a null source or formats that do not
@@ -84,7 +86,8 @@ class QAV_EXPORT QAVPixelImage : public QAVBaseUnknown {
   ///
   /// Grey from colour is the Rec. 709 luma (2126 R + 7152 G + 722 B + 5000) / 10000, so equal channels v give v.
   /// Alpha is dropped, or set to opaque. To `BitonalRuns`: a luminance below 128 is black. From it: black 0,
-  /// white 255. Floating samples map 0..1 to the full integer range, rounded and clamped; not-a-number gives 0.
+  /// white 255. Samples of other sizes map by full scale, rounded to the nearest value, floating ones clamped to
+  /// 0..1 first and not-a-number as 0; grey is made of colour already reduced to bytes.
   virtual HRESULT ConvertToFormat(QAVPixelImageFormat format);
   /// New image holding this one converted as ConvertToFormat does, or null.
   virtual QAVPixelImage* CreateConvertedCopy(QAVPixelImageFormat format);

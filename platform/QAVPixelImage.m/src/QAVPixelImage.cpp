@@ -138,11 +138,15 @@ HRESULT QAVPixelImage::ReverseRowOrder() {
 
 HRESULT QAVPixelImage::ResetPixels(int width, int height, QAVPixelImageFormat format, unsigned char* pixels,
                                    QAVDeallocatePixels deallocate) {
+  // An image may be given its own buffer back, to be read in another shape: that buffer must not be freed twice.
+  const bool owned = ownsBuffer_;
+  if (pixels == buffer_) ownsBuffer_ = false;
   try {
     QAVPixelImage replacement(width, height, format, pixels, deallocate);
     TakeFrom(replacement);
   } catch (const std::bad_alloc&) {
-    if (deallocate == QAVDeallocatePixelsByImage) delete[] pixels;
+    if (pixels != buffer_ && deallocate == QAVDeallocatePixelsByImage) delete[] pixels;
+    ownsBuffer_ = owned;
     return E_FAIL;
   }
   return S_OK;
