@@ -9,6 +9,7 @@
 #include <QAVMMIColorRamp.h>
 #include <QAVMMediaImageFormat.h>
 #include <QAVMMediaImageProcessor.h>
+#include <QAVMMediaRasterVersion.h>
 #include <QAVPixelImage.h>
 #include <QAVResult.h>
 #include <QAVString.h>

@@ -1,0 +1,137 @@
+#include "CommandLine.h"
+
+#include <CLI/CLI.hpp>
+#include <cstdio>
+#include <functional>
+
+#include "Errors.h"
+#include "Listing.h"
+#include "Suggestion.h"
+
+namespace qavraster {
+namespace {
+
+using Texts = std::vector<std::string>;
+
+/// Declares an option that `use` is called for, with its values as written, each time that it occurs: in the order of
+/// the command line, which is the order of the work.
+void declare(CLI::App& app, const std::string& name, const std::vector<Argument>& arguments, const std::string& help,
+             std::function<void(const Texts&)> use) {
+  if (arguments.empty()) {
+    app.add_flag_callback(
+           "--" + name, [use = std::move(use)] { use({}); }, help)
+        ->trigger_on_parse();
+    return;
+  }
+  const auto take = [use = std::move(use)](const CLI::results_t& texts) {
+    use(texts);
+    return true;
+  };
+  app.add_option("--" + name, take, help)
+      ->type_size(static_cast<int>(arguments.size()))
+      ->type_name(signature(arguments))
+      ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
+      ->allow_extra_args(false)
+      ->trigger_on_parse();
+}
+
+std::string written(const std::string& name, const Texts& texts) {
+  std::string all = "--" + name;
+  for (const std::string& text : texts) all += " " + text;
+  return all;
+}
+
+void declareSteps(CLI::App& app, Invocation& invocation) {
+  for (const Family& family : catalogue()) {
+    for (const Operation& operation : family.operations) {
+      declare(app, operation.name, operation.arguments, operation.help, [&](const Texts& texts) {
+        invocation.steps.push_back({written(operation.name, texts), &operation, "",
+                                    Values("--" + operation.name, operation.arguments, texts)});
+      });
+    }
+  }
+  for (const Setting& setting : allSettings()) {
+    declare(app, setting.name, setting.arguments, setting.help, [&invocation, setting](const Texts& texts) {
+      invocation.steps.push_back(
+          {written(setting.name, texts), nullptr, setting.name, Values("--" + setting.name, setting.arguments, texts)});
+    });
+  }
+}
+
+// What CLI11 found wrong, in the program's words.
+[[noreturn]] void explain(const CLI::App& app, const CLI::ParseError& error) {
+  const Texts unexpected = app.remaining();
+  if (error.get_name() != "ExtrasError" || unexpected.empty()) throw UsageError(error.what());
+  Texts known;
+  for (const CLI::Option* option : app.get_options()) known.push_back(option->get_name());
+  throw UsageError("'" + unexpected.front() + "' is not expected here" + suggestion(unexpected.front(), known));
+}
+
+void parse(CLI::App& app, std::vector<std::string> arguments) {
+  std::reverse(arguments.begin(), arguments.end());
+  try {
+    app.parse(arguments);
+  } catch (const CLI::ParseError& error) {
+    explain(app, error);
+  }
+}
+
+Invocation parseCommand(const Command& command, const Texts& arguments) {
+  Invocation invocation;
+  invocation.kind = Invocation::Kind::Command;
+  invocation.command = &command;
+  invocation.settings = presets();
+  CLI::App app;
+  app.set_help_flag();
+  std::vector<Setting> settings = command.settings;
+  for (const FileFormat& format : fileFormats())
+    settings.insert(settings.end(), format.settings.begin(), format.settings.end());
+  for (const Setting& setting : settings) {
+    const auto take = [&](const Texts& texts) {
+      invocation.settings[setting.name] = Values("--" + setting.name, setting.arguments, texts);
+    };
+    take(setting.preset);
+    declare(app, setting.name, setting.arguments, setting.help, take);
+  }
+  Texts positional(command.arguments.size());
+  for (std::size_t i = 0; i < positional.size(); ++i)
+    app.add_option(command.arguments[i].name, positional[i])->required();
+  parse(app, arguments);
+  invocation.values = Values(command.name, command.arguments, positional);
+  return invocation;
+}
+
+Invocation parseRun(const Texts& arguments) {
+  Invocation invocation;
+  CLI::App app;
+  bool help = false, list = false, version = false;
+  app.set_help_flag();
+  app.add_option("INPUT", invocation.input);
+  app.add_option("-o,--output", invocation.output)->type_name("OUTPUT");
+  app.add_flag("-h,--help", help);
+  app.add_flag("--list", list);
+  app.add_flag("--version", version);
+  declareSteps(app, invocation);
+  parse(app, arguments);
+  if (help || list || version) {
+    std::fputs((help ? helpText() : list ? listText() : versionText()).c_str(), stdout);
+    invocation.kind = Invocation::Kind::Finished;
+    return invocation;
+  }
+  if (invocation.input.empty()) throw UsageError("no input; give qavraster INPUT [OPERATION]... -o OUTPUT");
+  if (invocation.output.empty()) throw UsageError("no output; give it with -o OUTPUT");
+  return invocation;
+}
+
+}  // namespace
+
+Invocation parseCommandLine(int argc, const char* const* argv) {
+  const Texts arguments(argv + std::min(argc, 1), argv + argc);
+  for (const Command& command : commands()) {
+    if (!arguments.empty() && arguments.front() == command.name)
+      return parseCommand(command, {arguments.begin() + 1, arguments.end()});
+  }
+  return parseRun(arguments);
+}
+
+}  // namespace qavraster

@@ -1,0 +1,17 @@
+#pragma once
+
+#include <stdexcept>
+
+namespace qavraster {
+
+/// The command line asks for something that does not exist; the text says what would be right. Exit code 2.
+struct UsageError : std::runtime_error {
+  using std::runtime_error::runtime_error;
+};
+
+/// A file or an operation failed; the text names it. Exit code 1.
+struct Failure : std::runtime_error {
+  using std::runtime_error::runtime_error;
+};
+
+}  // namespace qavraster

@@ -1,0 +1,90 @@
+#include "FileFormats.h"
+
+#include <algorithm>
+#include <cctype>
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <filesystem>
+
+#include "Errors.h"
+
+namespace qavraster {
+namespace {
+
+Image readByContent(const std::string& path, const Settings&) {
+  return Image(QAVPixelImage::CreateFromFile(QAVString(path), QAVReadWrite, 0));
+}
+
+template <const char* const& name>
+bool writeAs(const QAVPixelImage& image, const std::string& path, const Settings&) {
+  return SUCCEEDED(image.WriteToFile(QAVString(path), name));
+}
+
+constexpr const char* kTiff = "TIFF";
+constexpr const char* kPng = "PNG";
+constexpr const char* kJpeg = "JPEG";
+
+std::string extensionOf(const std::string& path) {
+  std::string extension = std::filesystem::path(path).extension().string();
+  std::transform(extension.begin(), extension.end(), extension.begin(),
+                 [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+  return extension;
+}
+
+const FileFormat* formatOf(const std::string& path) {
+  const std::string extension = extensionOf(path);
+  for (const FileFormat& format : fileFormats()) {
+    if (std::find(format.extensions.begin(), format.extensions.end(), extension) != format.extensions.end())
+      return &format;
+  }
+  return nullptr;
+}
+
+void requireReadable(const std::string& path) {
+  std::error_code error;
+  if (std::filesystem::is_directory(path, error)) throw Failure("cannot read '" + path + "': it is a folder");
+  std::FILE* file = std::fopen(path.c_str(), "rb");
+  if (!file) throw Failure("cannot read '" + path + "': " + std::strerror(errno));
+  std::fclose(file);
+}
+
+std::string namesOfFormats(bool written) {
+  std::string names;
+  for (const FileFormat& format : fileFormats()) {
+    if (written ? format.write != nullptr : format.read != nullptr) names += (names.empty() ? "" : ", ") + format.name;
+  }
+  return names;
+}
+
+}  // namespace
+
+const std::vector<FileFormat>& fileFormats() {
+  static const std::vector<FileFormat> all = {
+      {"TIFF", {".tif", ".tiff"}, "every pixel format; bitonal as Group 4", readByContent, writeAs<kTiff>},
+      {"PNG", {".png"}, "8 and 16 bits a channel", readByContent, writeAs<kPng>},
+      {"JPEG", {".jpg", ".jpeg"}, "8 bits a channel, quality 95, no alpha", readByContent, writeAs<kJpeg>},
+  };
+  return all;
+}
+
+Image readImage(const std::string& path, const Settings& settings) {
+  requireReadable(path);
+  const FileFormat* format = formatOf(path);
+  Image image = format && format->read ? format->read(path, settings) : readByContent(path, settings);
+  if (!image) throw Failure("cannot read '" + path + "': not an undamaged " + namesOfFormats(false) + " file");
+  return image;
+}
+
+const FileFormat& outputFormat(const std::string& path) {
+  const FileFormat* format = formatOf(path);
+  if (format && format->write) return *format;
+  std::string known;
+  for (const FileFormat& each : fileFormats()) {
+    if (!each.write) continue;
+    for (const std::string& extension : each.extensions) known += " " + extension;
+  }
+  throw UsageError("the output '" + path + "' has no known extension; give one of" + known);
+}
+
+}  // namespace qavraster

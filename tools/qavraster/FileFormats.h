@@ -1,0 +1,39 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "Argument.h"
+#include "Image.h"
+
+namespace qavraster {
+
+/// A setting that holds from where it stands on the command line: its name, its arguments, and what they are when it
+/// is not given.
+struct Setting {
+  std::string name;
+  std::vector<Argument> arguments;
+  std::string help;
+  std::vector<std::string> preset;
+};
+
+/// A kind of file. Its settings are options of the command line like any other.
+struct FileFormat {
+  std::string name;
+  std::vector<std::string> extensions;  ///< in lower case, with the dot
+  std::string help;
+  /// Null when such files are not read, or not written. A reader gives null, and a writer false, on failure.
+  Image (*read)(const std::string& path, const Settings& settings);
+  bool (*write)(const QAVPixelImage& image, const std::string& path, const Settings& settings);
+  std::vector<Setting> settings = {};
+};
+
+/// Every file format; how to add one stands in operations/Catalogue.h.
+const std::vector<FileFormat>& fileFormats();
+
+/// The image in `path`. TIFF, PNG and JPEG are recognised by content whatever the extension. Throws Failure.
+Image readImage(const std::string& path, const Settings& settings);
+/// The format that an output's extension stands for. Throws UsageError, with the known ones named.
+const FileFormat& outputFormat(const std::string& path);
+
+}  // namespace qavraster

@@ -1,0 +1,80 @@
+#include "Listing.h"
+
+#include <QAVMMediaRasterVersion.h>
+
+#include "commands/Commands.h"
+#include "operations/Catalogue.h"
+
+namespace qavraster {
+namespace {
+
+std::string entry(const std::string& name, const std::vector<Argument>& arguments, const std::string& help) {
+  const std::string names = signature(arguments);
+  std::string lines = "  " + name + (names.empty() ? "" : " " + names) + "\n      " + help + "\n";
+  for (const Argument& argument : arguments) lines += "      " + argument.name + ": " + describe(argument) + "\n";
+  return lines;
+}
+
+std::string entry(const Setting& setting) {
+  std::string preset;
+  for (const std::string& value : setting.preset) preset += " " + value;
+  return entry("--" + setting.name, setting.arguments, setting.help + " Unless given:" + preset + ".");
+}
+
+std::string familyText(const Family& family) {
+  std::string lines = family.title + "\n";
+  for (const Setting& setting : family.settings) lines += entry(setting);
+  for (const Operation& operation : family.operations)
+    lines += entry("--" + operation.name, operation.arguments, operation.help);
+  return lines + "\n";
+}
+
+std::string formatText(const FileFormat& format) {
+  std::string lines = "  " + format.name + " (";
+  for (const std::string& extension : format.extensions)
+    lines += (&extension == &format.extensions.front() ? "" : " ") + extension;
+  const char* use = format.read && format.write ? "read and written" : format.read ? "read" : "written";
+  lines += "), " + std::string(use) + ": " + format.help + "\n";
+  for (const Setting& setting : format.settings) lines += entry(setting);
+  return lines;
+}
+
+}  // namespace
+
+std::string signature(const std::vector<Argument>& arguments) {
+  std::string names;
+  for (const Argument& argument : arguments) names += (names.empty() ? "" : " ") + argument.name;
+  return names;
+}
+
+std::string helpText() {
+  std::string text =
+      "qavraster INPUT [OPERATION]... -o OUTPUT\n"
+      "  Applies the operations to the picture in the order written. The output's extension decides its type.\n";
+  for (const Command& command : commands())
+    text += "qavraster " + command.name + " " + signature(command.arguments) + "\n  " + command.help + "\n";
+  return text +
+         "qavraster --list\n  Shows every operation with its arguments and their ranges.\n"
+         "qavraster --version\n  Prints the version and the instruction set in use.\n"
+         "\nExample: qavraster photo.jpg --brightness 0.1 --channels r --posterize 4 -o poster.png\n";
+}
+
+std::string listText() {
+  std::string text = "Operations are applied in the order written; a setting holds for the operations after it.\n\n";
+  for (const Family& family : catalogue()) text += familyText(family);
+  text += "Commands\n";
+  for (const Command& command : commands()) {
+    text += entry(command.name, command.arguments, command.help);
+    for (const Setting& setting : command.settings) text += entry(setting);
+  }
+  text += "\nFiles\n";
+  for (const FileFormat& format : fileFormats()) text += formatText(format);
+  return text;
+}
+
+std::string versionText() {
+  return std::string("qavraster ") + QAVMMediaRasterProcessorVersion() +
+         "\ninstruction set: " + QAVMMediaRasterProcessorInstructionSet() + "\n";
+}
+
+}  // namespace qavraster

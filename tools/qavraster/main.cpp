@@ -1,0 +1,79 @@
+#include <cstdio>
+#include <exception>
+#include <new>
+
+#include "CommandLine.h"
+#include "Errors.h"
+#include "OutputFile.h"
+#include "Progress.h"
+
+namespace qavraster {
+namespace {
+
+void apply(const Step& step, Context& context) {
+  if (!step.operation) {
+    context.settings[step.setting] = step.values;
+    return;
+  }
+  context.operation = step.text;
+  step.operation->run(context, step.values);
+}
+
+// Settings of the input's file format may stand anywhere on the command line.
+Settings finalSettings(const std::vector<Step>& steps) {
+  Settings settings = presets();
+  for (const Step& step : steps) {
+    if (!step.operation) settings[step.setting] = step.values;
+  }
+  return settings;
+}
+
+int run(const Invocation& invocation) {
+  const FileFormat& format = outputFormat(invocation.output);
+  const Settings settings = finalSettings(invocation.steps);
+  Context context{readImage(invocation.input, settings), presets(), Progress::report, ""};
+  OutputFile output(invocation.output);
+  Progress progress(invocation.steps.size() + 1);
+  for (const Step& step : invocation.steps) {
+    progress.begin(step.text);
+    apply(step, context);
+  }
+  progress.begin("writing " + invocation.output);
+  if (!format.write(*context.image, output.temporaryPath(), settings))
+    throw Failure("cannot write '" + invocation.output + "' as " + format.name + " (" + describe(*context.image) + ")");
+  output.commit();
+  return 0;
+}
+
+int dispatch(const Invocation& invocation) {
+  switch (invocation.kind) {
+    case Invocation::Kind::Run:
+      return run(invocation);
+    case Invocation::Kind::Command:
+      return invocation.command->run(invocation.values, invocation.settings);
+    case Invocation::Kind::Finished:
+      break;
+  }
+  return 0;
+}
+
+int complain(const char* what, int code) {
+  std::fprintf(stderr, "qavraster: %s\n", what);
+  return code;
+}
+
+}  // namespace
+}  // namespace qavraster
+
+int main(int argc, char** argv) {
+  using namespace qavraster;
+  try {
+    return dispatch(parseCommandLine(argc, argv));
+  } catch (const UsageError& error) {
+    return complain(error.what(), 2);
+  } catch (const std::bad_alloc&) {
+    return complain("not enough memory for this picture", 1);
+  } catch (const std::exception& error) {
+    return complain(error.what(), 1);
+  }
+}

@@ -1,0 +1,42 @@
+#include "operations/Catalogue.h"
+
+#include "Errors.h"
+
+namespace qavraster {
+
+const std::vector<Family>& catalogue() {
+  static const std::vector<Family> families = {
+      pixelFormatFamily(),
+      pointOperationFamily(),
+  };
+  return families;
+}
+
+std::vector<Setting> allSettings() {
+  std::vector<Setting> all;
+  for (const Family& family : catalogue()) all.insert(all.end(), family.settings.begin(), family.settings.end());
+  for (const FileFormat& format : fileFormats()) all.insert(all.end(), format.settings.begin(), format.settings.end());
+  return all;
+}
+
+Settings presets() {
+  Settings settings;
+  for (const Setting& setting : allSettings())
+    settings[setting.name] = Values("--" + setting.name, setting.arguments, setting.preset);
+  return settings;
+}
+
+void Context::require(HRESULT status) const {
+  if (FAILED(status)) fail("the library refuses it for this image, these arguments and these settings");
+}
+
+void Context::replace(QAVPixelImage* picture) {
+  if (!picture) fail("the library refuses it for this image, these arguments and these settings");
+  image.reset(picture);
+}
+
+void Context::fail(const std::string& reason) const {
+  throw Failure(operation + ": " + reason + " (" + describe(*image) + ")");
+}
+
+}  // namespace qavraster
