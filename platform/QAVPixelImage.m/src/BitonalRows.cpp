@@ -49,6 +49,6 @@ void packBitonalRow(const unsigned char* luminance, int width, unsigned char* bi
   }
   if (x == width) return;
   unsigned byte = 0;
-  for (int bit = 0; bit < width - x; ++bit) byte |= (luminance[bit] < 128) << (7 - bit);
+  for (int bit = 0; bit < width - x; ++bit) byte |= (luminance[bit] < 128 ? 0x80u : 0u) >> bit;
   *bitmap = static_cast<unsigned char>(byte);
 }

@@ -1,4 +1,3 @@
-#include "PixelConversion.h"
 #include "PixelLayout.h"
 
 #include <QAVMMPIPixelColor.h>

@@ -170,7 +170,8 @@ HRESULT QAVPixelImage::ConvertToFormat(QAVPixelImageFormat format) {
 }
 
 const QAVMetaClass* QAVPixelImage::MetaObject() {
-  static const QAVMetaClass* const meta = QAVMetaClass::Register("QAVPixelImage", "QAVBaseUnknown", "PixelImage");
+  static const QAVMetaClass* const meta =
+      QAVMetaClass::Register("QAVPixelImage", QAVBaseUnknown::MetaObject()->ClassName(), "PixelImage");
   return meta;
 }
 

@@ -138,7 +138,8 @@ void separateAlpha(QAVPixelImage& image) {
 }
 
 ImagePtr readSamples(TIFF* tiff, const Picture& picture, QAVPixelImageFormat format, std::uint64_t fileBytes) {
-  ImagePtr image = makeUnfilledImage(static_cast<int>(picture.width), static_cast<int>(picture.height), format);
+  // Zeroed: of damaged deflate data libtiff may accept a strip that it has not filled to the end.
+  ImagePtr image(new QAVPixelImage(static_cast<int>(picture.width), static_cast<int>(picture.height), format));
   const auto bytesPerPixel = static_cast<std::size_t>(image->GetBytesPerPixel());
   unsigned char* const pixels = pixelsToModify(*image);
   const bool complete = TIFFIsTiled(tiff) ? readTiles(tiff, picture, pixels, bytesPerPixel, fileBytes)
