@@ -1,0 +1,78 @@
+#include "support/Comparison.h"
+#include "support/TextPage.h"
+
+#include <tiffio.h>
+
+#include <algorithm>
+
+#include <cstring>
+
+namespace qav::bench {
+namespace {
+
+// A TIFF file in memory, so that only the codec is timed.
+struct MemoryFile {
+  std::vector<std::uint8_t> bytes;
+  std::size_t at = 0;
+};
+
+tmsize_t readFile(thandle_t handle, void* to, tmsize_t count) {
+  auto& file = *static_cast<MemoryFile*>(handle);
+  const std::size_t got =
+      std::min(static_cast<std::size_t>(count), file.bytes.size() - std::min(file.at, file.bytes.size()));
+  if (got > 0) std::memcpy(to, file.bytes.data() + file.at, got);
+  file.at += got;
+  return static_cast<tmsize_t>(got);
+}
+
+tmsize_t writeFile(thandle_t handle, void* from, tmsize_t count) {
+  auto& file = *static_cast<MemoryFile*>(handle);
+  file.bytes.resize(std::max(file.bytes.size(), file.at + static_cast<std::size_t>(count)));
+  std::memcpy(file.bytes.data() + file.at, from, static_cast<std::size_t>(count));
+  file.at += static_cast<std::size_t>(count);
+  return count;
+}
+
+toff_t seekFile(thandle_t handle, toff_t to, int whence) {
+  auto& file = *static_cast<MemoryFile*>(handle);
+  file.at = static_cast<std::size_t>(to) + (whence == SEEK_CUR ? file.at : whence == SEEK_END ? file.bytes.size() : 0);
+  return file.at;
+}
+
+TIFF* openFile(MemoryFile& file, const char* mode) {
+  file.at = 0;
+  return TIFFClientOpen(
+      "memory", mode, &file, &readFile, &writeFile, &seekFile, [](thandle_t) { return 0; },
+      [](thandle_t h) -> toff_t { return static_cast<MemoryFile*>(h)->bytes.size(); }, nullptr, nullptr);
+}
+
+MemoryFile encode() {
+  MemoryFile file;
+  file.bytes.reserve(textPage().size());
+  TIFF* tiff = openFile(file, "w");
+  TIFFSetField(tiff, TIFFTAG_IMAGEWIDTH, kPageWidth);
+  TIFFSetField(tiff, TIFFTAG_IMAGELENGTH, kPageHeight);
+  TIFFSetField(tiff, TIFFTAG_COMPRESSION, COMPRESSION_CCITTFAX4);
+  TIFFSetField(tiff, TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_MINISWHITE);
+  TIFFSetField(tiff, TIFFTAG_BITSPERSAMPLE, 1);
+  TIFFSetField(tiff, TIFFTAG_ROWSPERSTRIP, kPageHeight);
+  TIFFWriteEncodedStrip(tiff, 0, const_cast<std::uint8_t*>(textPage().data()),
+                        static_cast<tmsize_t>(textPage().size()));
+  TIFFClose(tiff);
+  return file;
+}
+
+[[maybe_unused]] const bool added[] = {
+    add("G4 encode, text page", "libtiff", [] { keep(encode().bytes.data()); }),
+    add("G4 decode, text page", "libtiff",
+        [] {
+          static MemoryFile file = encode();
+          static std::vector<std::uint8_t> page(textPage().size());
+          TIFF* tiff = openFile(file, "r");
+          TIFFReadEncodedStrip(tiff, 0, page.data(), static_cast<tmsize_t>(page.size()));
+          TIFFClose(tiff);
+        }),
+};
+
+}  // namespace
+}  // namespace qav::bench

@@ -1,0 +1,316 @@
+#include <CCITT_G4.h>
+
+#include "codecs/g4_reference.h"
+#include "support/GuardedBytes.h"
+#include "support/Levels.h"
+
+#include <tiffio.h>
+
+#include <climits>
+#include <cstdlib>
+#include <cstring>
+#include <functional>
+#include <random>
+
+namespace qav::test {
+namespace {
+
+using Bytes = std::vector<std::uint8_t>;
+
+struct Bitmap {
+  int width, height;
+  Bytes bytes;
+
+  Bitmap(int w, int h)
+      : width(w), height(h), bytes((static_cast<std::size_t>(w) * static_cast<std::size_t>(h) + 7) / 8) {}
+  void set(int x, int y) {
+    const std::size_t i = static_cast<std::size_t>(y) * static_cast<std::size_t>(width) + static_cast<std::size_t>(x);
+    bytes[i / 8] = static_cast<std::uint8_t>(bytes[i / 8] | 0x80 >> i % 8);
+  }
+  bool get(int x, int y) const {
+    const std::size_t i = static_cast<std::size_t>(y) * static_cast<std::size_t>(width) + static_cast<std::size_t>(x);
+    return bytes[i / 8] >> (7 - i % 8) & 1;
+  }
+};
+
+// Kinds of page: noise; strokes that drift from row to row; long runs; stripes as fine as can be; white; black.
+constexpr int kKinds = 6;
+
+Bitmap makePage(int width, int height, int kind, std::mt19937& random) {
+  Bitmap page(width, height);
+  std::vector<int> strokes;
+  for (int i = 0; i < width / 12 + 1; ++i) strokes.push_back(static_cast<int>(random() % static_cast<unsigned>(width)));
+  for (int y = 0; y < height; ++y) {
+    for (int& stroke : strokes) {
+      stroke += static_cast<int>(random() % 9) - 4;
+      for (int x = std::max(0, stroke); kind == 1 && y % 7 != 0 && x < std::min(width, stroke + 5); ++x) page.set(x, y);
+    }
+    bool black = random() & 1;
+    for (int x = 0; x < width; ++x) {
+      if (kind == 2 && random() % 1500 == 0) black = !black;
+      if ((kind == 0 && random() & 1) || (kind == 2 && black) || (kind == 3 && (x + y / 3) & 1) || kind == 5)
+        page.set(x, y);
+    }
+  }
+  return page;
+}
+
+struct Coded {
+  int result, length, error;
+  Bytes bytes;
+};
+
+Coded encode(const Bitmap& page, int capacity) {
+  GuardedBytes out(static_cast<std::size_t>(capacity), 1);
+  Coded coded{};
+  int size[2] = {page.width, page.height};
+  coded.result = CCITT_G4_enc(page.bytes.data(), size, capacity, out.data(), coded.length, coded.error);
+  EXPECT_TRUE(out.guardsIntact());
+  coded.bytes = out.bytes();
+  for (std::size_t i = static_cast<std::size_t>(coded.length); coded.result == 0 && i < coded.bytes.size(); ++i)
+    EXPECT_EQ(coded.bytes[i], 0) << "behind the code";
+  if (coded.result == 0) coded.bytes.resize(static_cast<std::size_t>(coded.length));
+  return coded;
+}
+
+struct Decoded {
+  int result, rows, error;
+  Bytes bytes;
+};
+
+Decoded decode(const Bytes& coded, int width, int height) {
+  GuardedBytes out(Bitmap(width, height).bytes.size(), 3);
+  // A copy of the exact size, so that a sanitizer sees a read behind the end.
+  const std::vector<std::uint8_t> source(coded);
+  int size[2] = {width, height};
+  Decoded d{};
+  d.result = CCITT_G4_dec(source.data(), static_cast<int>(source.size()), size, out.data(), d.rows, d.error);
+  EXPECT_TRUE(out.guardsIntact());
+  d.bytes = out.bytes();
+  return d;
+}
+
+int roomFor(const Bitmap& page) { return static_cast<int>(page.bytes.size()) * 8 + page.height * 4 + 64; }
+
+void forEveryKindOfPage(const std::function<void(const Bitmap&)>& body) {
+  std::mt19937 random(4);
+  for (int width = 1; width <= 70; ++width)
+    for (int kind = 0; kind < kKinds; ++kind) body(makePage(width, 1 + static_cast<int>(random() % 24), kind, random));
+  for (const int width : {127, 128, 1728, 2561, 5000, 20000})
+    for (int kind = 0; kind < kKinds; ++kind) body(makePage(width, 9, kind, random));
+}
+
+TEST(G4, EveryBitmapSurvivesCodingAndDecoding) {
+  atEveryLevel([] {
+    forEveryKindOfPage([](const Bitmap& page) {
+      const Coded coded = encode(page, roomFor(page));
+      ASSERT_EQ(coded.result, 0) << page.width;
+      const Decoded decoded = decode(coded.bytes, page.width, page.height);
+      ASSERT_EQ(decoded.result, 0) << page.width << " x " << page.height << ": " << decoded.error;
+      ASSERT_EQ(decoded.rows, page.height);
+      ASSERT_EQ(decoded.bytes, page.bytes) << page.width << " x " << page.height;
+    });
+  });
+}
+
+// libtiff over a file in memory; its rows begin on whole bytes.
+struct MemoryFile {
+  Bytes bytes;
+  std::size_t at = 0;
+
+  static tmsize_t read(thandle_t h, void* to, tmsize_t n) {
+    auto& f = *static_cast<MemoryFile*>(h);
+    const std::size_t got = std::min(static_cast<std::size_t>(n), f.bytes.size() - std::min(f.at, f.bytes.size()));
+    if (got > 0) std::memcpy(to, f.bytes.data() + f.at, got);
+    f.at += got;
+    return static_cast<tmsize_t>(got);
+  }
+  static tmsize_t write(thandle_t h, void* from, tmsize_t n) {
+    auto& f = *static_cast<MemoryFile*>(h);
+    f.bytes.resize(std::max(f.bytes.size(), f.at + static_cast<std::size_t>(n)));
+    std::memcpy(f.bytes.data() + f.at, from, static_cast<std::size_t>(n));
+    f.at += static_cast<std::size_t>(n);
+    return n;
+  }
+  static toff_t seek(thandle_t h, toff_t to, int whence) {
+    auto& f = *static_cast<MemoryFile*>(h);
+    return f.at = static_cast<std::size_t>(to) + (whence == SEEK_CUR ? f.at : whence == SEEK_END ? f.bytes.size() : 0);
+  }
+  static int close(thandle_t) { return 0; }
+  static toff_t size(thandle_t h) { return static_cast<MemoryFile*>(h)->bytes.size(); }
+
+  TIFF* open(const char* mode) {
+    at = 0;
+    return TIFFClientOpen("memory", mode, this, &read, &write, &seek, &close, &size, nullptr, nullptr);
+  }
+};
+
+void describe(TIFF* tiff, const Bitmap& page) {
+  TIFFSetField(tiff, TIFFTAG_IMAGEWIDTH, page.width);
+  TIFFSetField(tiff, TIFFTAG_IMAGELENGTH, page.height);
+  TIFFSetField(tiff, TIFFTAG_COMPRESSION, COMPRESSION_CCITTFAX4);
+  TIFFSetField(tiff, TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_MINISWHITE);
+  TIFFSetField(tiff, TIFFTAG_BITSPERSAMPLE, 1);
+  TIFFSetField(tiff, TIFFTAG_ROWSPERSTRIP, page.height);
+}
+
+Bytes alignedRows(const Bitmap& page) {
+  const std::size_t stride = (static_cast<std::size_t>(page.width) + 7) / 8;
+  Bytes rows(stride * static_cast<std::size_t>(page.height));
+  for (int y = 0; y < page.height; ++y)
+    for (int x = 0; x < page.width; ++x)
+      if (page.get(x, y)) {
+        std::uint8_t& byte = rows[static_cast<std::size_t>(y) * stride + static_cast<std::size_t>(x) / 8];
+        byte = static_cast<std::uint8_t>(byte | 0x80 >> x % 8);
+      }
+  return rows;
+}
+
+TEST(G4, SpeaksTheLanguageOfLibtiff) {
+  forEveryKindOfPage([](const Bitmap& page) {
+    const Bytes rows = alignedRows(page);
+    MemoryFile theirs;
+    TIFF* tiff = theirs.open("w");
+    describe(tiff, page);
+    Bytes copy = rows;
+    ASSERT_GT(TIFFWriteEncodedStrip(tiff, 0, copy.data(), static_cast<tmsize_t>(copy.size())), 0);
+    TIFFClose(tiff);
+    tiff = theirs.open("r");
+    Bytes strip(theirs.bytes.size());
+    strip.resize(
+        static_cast<std::size_t>(TIFFReadRawStrip(tiff, 0, strip.data(), static_cast<tmsize_t>(strip.size()))));
+    TIFFClose(tiff);
+    const Decoded decoded = decode(strip, page.width, page.height);
+    ASSERT_EQ(decoded.result, 0) << page.width << " x " << page.height << ": " << decoded.error;
+    ASSERT_EQ(decoded.bytes, page.bytes);
+
+    Coded ours = encode(page, roomFor(page));
+    ASSERT_EQ(ours.bytes, strip) << "both leave no choice of codes";
+  });
+}
+
+TEST(G4, DamagedDataGivesTheErrorAndTheRowsOfThePlainDecoder) {
+  std::mt19937 random(9);
+  for (int round = 0; round < 4000; ++round) {
+    const int width = 1 + static_cast<int>(random() % (round % 8 == 0 ? 3000 : 60));
+    const Bitmap page = makePage(width, 1 + static_cast<int>(random() % 12), round % kKinds, random);
+    Bytes data = encode(page, roomFor(page)).bytes;
+    if (round % 3 != 0) data.resize(1 + random() % data.size());
+    for (unsigned flips = round % 4; flips > 0; --flips) {
+      std::uint8_t& byte = data[random() % data.size()];
+      byte = static_cast<std::uint8_t>(byte ^ 1 << random() % 8);
+    }
+    if (round % 16 == 5)
+      for (auto& byte : data) byte = static_cast<std::uint8_t>(random());
+    g4::ReferenceDecoder reference(data, page.width, page.height);
+    const int error = reference.decode();
+    const Decoded decoded = decode(data, page.width, page.height);
+    ASSERT_EQ(decoded.error, error) << "round " << round;
+    ASSERT_EQ(decoded.result, error == 0 ? 0 : 1);
+    ASSERT_EQ(decoded.rows, reference.rows);
+    Bitmap expected(page.width, page.height);
+    for (std::size_t i = 0; i < reference.pixels.size(); ++i)
+      if (reference.pixels[i]) expected.bytes[i / 8] = static_cast<std::uint8_t>(expected.bytes[i / 8] | 0x80 >> i % 8);
+    ASSERT_EQ(decoded.bytes, expected.bytes) << "round " << round;
+  }
+}
+
+TEST(G4, HandMadePages) {
+  const struct {
+    const char* what;
+    Bytes data;
+    int width, height, result, error, rows;
+    Bytes bitmap;
+  } cases[] = {
+      {"white row", {0x80, 0x08, 0x00, 0x80}, 8, 1, 0, 0, 1, {0}},
+      {"white row without an end", {0x80}, 8, 1, 1, 14602, 1, {0}},
+      {"extension code", {0x01, 0, 0, 0, 0, 0}, 8, 1, 1, 14601, 0, {0}},
+      {"rows without padding: 3 x 3 of white 1, black 1, then the same again",
+       // H w1 b1 V0 | V0 V0 V0 | V0 V0 V0 | end
+       {0b00100011, 0b10101111, 0b11100000, 0b00000010, 0b00000000, 0b00100000},
+       3,
+       3,
+       0,
+       0,
+       3,
+       {0b01001001, 0}},
+      {"black from the first pixel: H w0 b8",
+       {0b00100110, 0b10100010, 0b10000000, 0b00001000, 0b00000000, 0b10000000},
+       8,
+       1,
+       0,
+       0,
+       1,
+       {0xFF}},
+  };
+  for (const auto& c : cases) {
+    const Decoded decoded = decode(c.data, c.width, c.height);
+    EXPECT_EQ(decoded.result, c.result) << c.what;
+    EXPECT_EQ(decoded.error, c.error) << c.what;
+    EXPECT_EQ(decoded.rows, c.rows) << c.what;
+    EXPECT_EQ(decoded.bytes, c.bitmap) << c.what;
+  }
+}
+
+TEST(G4, CapacityMustBeThreeBytesMoreThanTheRowsTake) {
+  std::mt19937 random(2);
+  for (int width = 1; width < 40; ++width) {
+    const Bitmap page = makePage(width, 5, width % kKinds, random);
+    const Coded whole = encode(page, 1000);
+    ASSERT_EQ(whole.result, 0);
+    // The least capacity that works tells U; the end block then leaves one byte unused when the rows fill whole bytes.
+    int least = 0;
+    while (encode(page, least).result != 0) ++least;
+    EXPECT_TRUE(least == whole.length || least == whole.length + 1) << width;
+    const Coded tooSmall = encode(page, least - 1);
+    EXPECT_EQ(tooSmall.error, 14900);
+    EXPECT_EQ(tooSmall.length, 0);
+    EXPECT_EQ(encode(page, least).bytes, whole.bytes);
+  }
+  EXPECT_EQ(encode(Bitmap(8, 8), 3).error, 14900) << "eight rows fill a byte: U is 2";
+  EXPECT_EQ(encode(Bitmap(8, 8), 4).error, 14900);
+  EXPECT_EQ(encode(Bitmap(8, 8), 5).length, 4);
+}
+
+TEST(G4, BadArguments) {
+  Bytes byte(1, 0x55);
+  int rows = 7, error = 0, length = 0, capacity = 1;
+  const auto dec = [&](const unsigned char* src, int n, std::vector<int> size, unsigned char* dst) {
+    return CCITT_G4_dec(src, n, size.empty() ? nullptr : size.data(), dst, rows, error);
+  };
+  const auto enc = [&](const unsigned char* src, std::vector<int> size, int room, unsigned char* dst) {
+    capacity = room;
+    return CCITT_G4_enc(src, size.empty() ? nullptr : size.data(), capacity, dst, length, error);
+  };
+  unsigned char* const p = byte.data();
+  for (const std::vector<int>& size :
+       {std::vector<int>{0, 1}, {1, 0}, {-5, 1}, {1, INT_MIN}, {INT_MAX, 1}, {INT_MAX, INT_MAX}, {}}) {
+    EXPECT_EQ(dec(p, 1, size, p), 3);
+    EXPECT_EQ(error, 8122);
+    EXPECT_EQ(enc(p, size, 1, p), 3);
+    EXPECT_EQ(error, 8122);
+  }
+  EXPECT_EQ(dec(p, 1, {1, 1}, nullptr), 3);
+  EXPECT_EQ(dec(nullptr, 1, {1, 1}, p), 2);
+  EXPECT_EQ(dec(p, 0, {1, 1}, p), 2);
+  EXPECT_EQ(error, 8122);
+  EXPECT_EQ(enc(nullptr, {1, 1}, 1, p), 3);
+  EXPECT_EQ(enc(p, {1, 1}, -1, p), 2);
+  EXPECT_EQ(enc(p, {1, 1}, 1, nullptr), 2);
+  EXPECT_EQ(error, 8122);
+  EXPECT_EQ(byte[0], 0x55) << "untouched";
+}
+
+TEST(G4, EncodesInPlace) {
+  std::mt19937 random(3);
+  Bitmap page = makePage(64, 64, 2, random);
+  const Coded apart = encode(page, static_cast<int>(page.bytes.size()));
+  ASSERT_EQ(apart.result, 0);
+  int size[2] = {64, 64}, capacity = static_cast<int>(page.bytes.size()), length = 0, error = 0;
+  ASSERT_EQ(CCITT_G4_enc(page.bytes.data(), size, capacity, page.bytes.data(), length, error), 0);
+  page.bytes.resize(static_cast<std::size_t>(length));
+  EXPECT_EQ(page.bytes, apart.bytes);
+}
+
+}  // namespace
+}  // namespace qav::test
