@@ -96,7 +96,8 @@ class Decoder {
   }
 
   int decodeRow();
-  int unchanged();
+  int plainVerticals();
+  int oneCode();
   int vertical(int offset);
   int horizontal();
   int pass();
@@ -128,43 +129,57 @@ int Decoder::decodeRow() {
   coding_.count = 0;
   a0_ = 0;
   b1_ = 0;
-  for (;;) {
-    reader_.refill();
-    int state = kRowOpen;
-    if (reader_.window() >> 63) {
-      state = unchanged();
-    } else {
-      const ModeEntry code = kModes[reader_.window()];
-      if (code.length == 0)
-        return kModes.beginsLongerCode(reader_.window(), reader_.remaining()) ? kDataEnds : kInvalidCode;
-      if (reader_.remaining() < code.length) return kDataEnds;
-      reader_.skip(code.length);
-      state = code.mode == Mode::Vertical ? vertical(code.offset) : code.mode == Mode::Pass ? pass() : horizontal();
-    }
-    if (state != kRowOpen) return state == kRowDone ? 0 : state;
-    if (reader_.position() >> 3 >= lastCodeByte_) return kDataEnds;
+  int state = kRowOpen;
+  while (state == kRowOpen) {
+    state = plainVerticals();
+    if (state == kRowOpen) state = oneCode();
   }
+  return state == kRowDone ? 0 : state;
 }
 
-// Vertical codes of offset 0, all that stand here: the elements of the reference line, one after another.
-int Decoder::unchanged() {
-  const int codes = std::min(std::countl_one(reader_.window()), reader_.held());
-  const std::size_t left = reference_.count > b1_ ? reference_.count - b1_ : 0;
-  const bool done = static_cast<std::size_t>(codes) > left;
-  const std::size_t taken = done ? left : static_cast<std::size_t>(codes);
-  std::memcpy(coding_.at + coding_.count, reference_.at + b1_, 16 * sizeof(int));
-  if (taken > 16) std::memcpy(coding_.at + coding_.count + 16, reference_.at + b1_ + 16, (taken - 16) * sizeof(int));
-  coding_.count += taken;
-  reader_.skip(static_cast<int>(taken));
-  if (!done) {
-    a0_ = reference_.at[b1_ + taken - 1];
-    b1_ += taken;
-    return kRowOpen;
+// Takes vertical codes, most of what a page consists of, as long as they move to the right and the end of the data is
+// far. Works on copies: writing elements could otherwise change the members, for all that the compiler knows.
+int Decoder::plainVerticals() {
+  BitReader reader = reader_;
+  const int* b1 = reference_.at + b1_;
+  int* out = coding_.at + coding_.count;
+  const int width = page_.width;
+  int a0 = a0_;
+  bool done = false;
+  for (bool open = true; open && reader.plenty();) {
+    reader.refill();
+    for (int codes = 56 / ModeTable::kBits; codes > 0; --codes) {
+      const ModeEntry code = kModes[reader.window()];
+      const int a1 = *b1 + code.offset;
+      if ((code.mode != Mode::Vertical) | (a1 <= a0) | (a1 > width)) {
+        done = code.mode == Mode::Vertical && a1 > width;
+        open = false;
+        break;
+      }
+      reader.skip(code.length);
+      *out++ = a0 = a1;
+      // The next b1 has the other colour; after a step to the left it may be the element before this one.
+      b1 += b1[-1] > a1 ? -1 : 1;
+      while (*b1 <= a1) b1 += 2;
+    }
   }
-  // The codes before the one that completes the row have left it open.
-  if (taken > 0 && reader_.position() >> 3 >= lastCodeByte_) return kDataEnds;
-  reader_.skip(1);
-  return kRowDone;
+  if (done) reader.skip(kModes[reader.window()].length);
+  reader_ = reader;
+  b1_ = static_cast<std::size_t>(b1 - reference_.at);
+  coding_.count = static_cast<std::size_t>(out - coding_.at);
+  a0_ = a0;
+  return done ? kRowDone : kRowOpen;
+}
+
+int Decoder::oneCode() {
+  reader_.refill();
+  const ModeEntry code = kModes[reader_.window()];
+  if (code.mode == Mode::None)
+    return kModes.beginsLongerCode(reader_.window(), reader_.remaining()) ? kDataEnds : kInvalidCode;
+  if (reader_.remaining() < code.length) return kDataEnds;
+  reader_.skip(code.length);
+  const int state = code.mode == Mode::Vertical ? vertical(code.offset) : code.mode == Mode::Pass ? pass() : horizontal();
+  return state == kRowOpen && reader_.position() >> 3 >= lastCodeByte_ ? kDataEnds : state;
 }
 
 int Decoder::vertical(int offset) {
@@ -173,7 +188,6 @@ int Decoder::vertical(int offset) {
   if (a1 > page_.width) return kRowDone;
   coding_.push(a1);
   a0_ = a1;
-  // The next b1 has the other colour; after a step to the left it may be the element before this one.
   b1_ = b1_ > 0 ? b1_ - 1 : 1;
   advanceReference();
   return kRowOpen;

@@ -22,6 +22,9 @@ class BitReader {
     held_ -= count;
   }
 
+  /// True when so much data follows that after a refill all bits held are data and more than two bytes lie behind them.
+  bool plenty() const { return end_ - next_ >= 16; }
+
   void refill() {
     if (end_ - next_ >= 8) [[likely]] {
       // What lies below the bits that count as held is the same data that the next refill adds again.

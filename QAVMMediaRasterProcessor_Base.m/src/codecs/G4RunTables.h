@@ -15,10 +15,10 @@ struct RunEntry {
   bool makeUp = false;      ///< another code of the same run follows
 };
 
-enum class Mode : std::uint8_t { Vertical, Horizontal, Pass };
+enum class Mode : std::uint8_t { None, Vertical, Horizontal, Pass };
 
 struct ModeEntry {
-  Mode mode = Mode::Vertical;
+  Mode mode = Mode::None;
   std::int8_t offset = 0;   ///< of a1 from b1 in vertical mode
   std::uint8_t length = 0;  ///< bits of the code; 0 where no code begins like this
 };
