@@ -16,42 +16,36 @@ namespace {
 // Writes bits from the highest down. Counts all of them, and stores those that fit.
 class BitWriter {
  public:
-  BitWriter(unsigned char* to, int capacity) : next_(to), end_(to + capacity) {}
+  BitWriter(unsigned char* to, int capacity) : to_(to), capacity_(static_cast<std::size_t>(capacity)) {}
 
-  // The `length` lowest bits of `code`, at most 32.
-  void put(std::uint32_t code, int length) {
-    pending_ = pending_ << length | code;
+  // The `length` lowest bits of `code`, at most 56. Whole bytes are stored at once, the started one again and again.
+  void put(std::uint64_t code, int length) {
+    pending_ |= code << (64 - held_ - length);
     held_ += length;
-    if (held_ < 32) return;
-    held_ -= 32;
-    storeWord(static_cast<std::uint32_t>(pending_ >> held_));
+    flush();
+    const int whole = held_ >> 3;
+    bytes_ += static_cast<std::size_t>(whole);
+    pending_ <<= whole * 8;
+    held_ &= 7;
   }
 
-  std::uint64_t bits() const { return words_ * 32 + static_cast<std::uint64_t>(held_); }
-
-  void flush() {
-    if (held_ > 0) storeWord(static_cast<std::uint32_t>(pending_ << (32 - held_)));
-  }
+  std::uint64_t bits() const { return std::uint64_t{bytes_} * 8 + static_cast<std::uint64_t>(held_); }
 
  private:
-  void storeWord(std::uint32_t word) {
-    ++words_;
-    const std::uint64_t value = bigEndian(std::uint64_t{word} << 32);
-    const std::ptrdiff_t room = end_ - next_;
-    if (room >= 4) [[likely]] {
-      std::memcpy(next_, &value, 4);
-      next_ += 4;
-    } else if (room > 0) {
-      std::memcpy(next_, &value, static_cast<std::size_t>(room));
-      next_ = end_;
+  void flush() {
+    if (bytes_ + 8 <= capacity_) [[likely]] {
+      const std::uint64_t value = bigEndian(pending_);
+      std::memcpy(to_ + bytes_, &value, 8);
+    } else if (bytes_ < capacity_) {
+      storeBits(to_ + bytes_, to_ + capacity_, pending_);
     }
   }
 
-  unsigned char* next_;
-  unsigned char* end_;
+  unsigned char* to_;
+  std::size_t capacity_;
+  std::size_t bytes_ = 0;
   std::uint64_t pending_ = 0;
-  std::uint64_t words_ = 0;
-  int held_ = 0;  // fewer than 32 between two calls
+  int held_ = 0;  // fewer than 8 between two calls
 };
 
 // A row's list that grows with the changes that it really has.
@@ -71,6 +65,15 @@ class GrowingElements {
   ChangingElements elements_;
 };
 
+void putRun(BitWriter& writer, bool black, int run) {
+  const CCITTCode longest = ccittMakeUpCode(black, kLongestMakeUp);
+  for (; run >= kLongestMakeUp + 64; run -= kLongestMakeUp) writer.put(longest.value, longest.length);
+  const CCITTCode last = ccittTerminatingCode(black, run & 63);
+  if (run < 64) return writer.put(last.value, last.length);
+  const CCITTCode makeUp = ccittMakeUpCode(black, run & ~63);
+  writer.put(std::uint64_t{makeUp.value} << last.length | last.value, makeUp.length + last.length);
+}
+
 class Encoder {
  public:
   Encoder(const unsigned char* bitmap, Page page, unsigned char* dst, int capacity)
@@ -85,21 +88,14 @@ class Encoder {
       std::swap(reference_, coding_);
     }
     const std::uint64_t used = writer_.bits() / 8 + 1;
-    if (static_cast<std::uint64_t>(capacity) <= used + 2) {
-      writer_.flush();
-      return 0;
-    }
+    if (static_cast<std::uint64_t>(capacity) <= used + 2) return 0;
     writer_.put(kBlockEnd, kBlockEndBits);
-    const std::uint64_t length = (writer_.bits() + 7) / 8;
-    writer_.flush();
-    return static_cast<int>(length);
+    return static_cast<int>((writer_.bits() + 7) / 8);
   }
 
  private:
   void scanRow(std::uint64_t firstBit);
   void codeRow();
-  void codeVertical(int offset);
-  void codeRun(bool black, int run);
 
   const unsigned char* bitmap_;
   const unsigned char* bitmapEnd_;
@@ -125,69 +121,57 @@ void Encoder::scanRow(std::uint64_t firstBit) {
     if (changes == 0) continue;
     coding_.reserve(row.count + 64);
     const int base = static_cast<int>(static_cast<std::int64_t>(word * 64) - static_cast<std::int64_t>(firstBit)) + 1;
+    // Eight at a time whether there are as many or not: cheaper than a branch that nothing foretells.
     int* at = row.at + row.count;
-    do {
-      const int bit = std::countl_zero(changes);
-      *at++ = base + bit;
-      changes &= ~(std::uint64_t{1} << 63 >> bit);
-    } while (changes != 0);
-    row.count = static_cast<std::size_t>(at - row.at);
+    const int count = std::popcount(changes);
+    for (int done = 0; done < count; done += 8) {
+      for (int i = 0; i < 8; ++i) {
+        const int bit = std::countl_zero(changes);
+        *at++ = base + bit;
+        changes &= ~(std::uint64_t{1} << 63 >> (bit & 63));
+      }
+    }
+    row.count += static_cast<std::size_t>(count);
   }
   while (row.count > 0 && row.at[row.count - 1] > page_.width) --row.count;
   row.close(page_.width);
 }
 
+// Works on a copy of the writer: stores into the output could otherwise change the original, for all that the compiler
+// knows.
 void Encoder::codeRow() {
+  static constexpr CCITTCode verticals[] = {{0b0000010, 7}, {0b000010, 6}, {0b010, 3}, {0b1, 1},
+                                            {0b011, 3},     {0b000011, 6}, {0b0000011, 7}};
+  BitWriter writer = writer_;
   const int* a = coding_.elements().at;
   const int* b = reference_.elements().at;
   const int width = page_.width;
-  int a0 = 0;
-  bool black = false;
-  for (;;) {
+  for (int a0 = 0; a0 <= width;) {
     const int a1 = *a;
+    const int offset = a1 - *b;
     if (b[1] < a1) {
-      writer_.put(0b0001, 4);
+      writer.put(0b0001, 4);
       a0 = b[1];
       b += 2;
-      continue;
-    }
-    const int offset = a1 - *b;
-    if (offset >= -3 && offset <= 3) {
-      codeVertical(offset);
+    } else if (offset >= -3 && offset <= 3) {
+      const CCITTCode code = verticals[offset + 3];
+      writer.put(code.value, code.length);
       a0 = a1;
       ++a;
-      black = !black;
-      if (a0 > width) return;
-      // The entry before the first element is 0 and is stepped over at once.
-      --b;
+      // The next b1 has the other colour; it may be the element before this one. The entry before the first is 0.
+      b += b[-1] > a0 ? -1 : 1;
+      while (*b <= a0 && a0 <= width) b += 2;
     } else {
-      writer_.put(0b001, 3);
-      codeRun(black, a1 - std::max(a0, 1));
-      codeRun(!black, a[1] - a1);
+      const bool black = (a - coding_.elements().at) % 2 != 0;
+      writer.put(0b001, 3);
+      putRun(writer, black, a1 - std::max(a0, 1));
+      putRun(writer, !black, a[1] - a1);
       a0 = a[1];
       a += 2;
-      if (a0 > width) return;
+      while (*b <= a0 && a0 <= width) b += 2;
     }
-    while (*b <= a0) b += 2;
   }
-}
-
-void Encoder::codeVertical(int offset) {
-  static constexpr CCITTCode codes[] = {{0b0000010, 7}, {0b000010, 6}, {0b010, 3},    {0b1, 1},
-                                        {0b011, 3},     {0b000011, 6}, {0b0000011, 7}};
-  const CCITTCode code = codes[offset + 3];
-  writer_.put(code.value, code.length);
-}
-
-void Encoder::codeRun(bool black, int run) {
-  const CCITTCode longest = ccittMakeUpCode(black, kLongestMakeUp);
-  for (; run >= kLongestMakeUp + 64; run -= kLongestMakeUp) writer_.put(longest.value, longest.length);
-  if (run >= 64) {
-    const CCITTCode code = ccittMakeUpCode(black, run & ~63);
-    writer_.put(code.value, code.length);
-  }
-  const CCITTCode code = ccittTerminatingCode(black, run & 63);
-  writer_.put(code.value, code.length);
+  writer_ = writer;
 }
 
 // The bitmap, or a copy of it where clearing the output would destroy it.
