@@ -178,7 +178,9 @@ int Decoder::oneCode() {
     return kModes.beginsLongerCode(reader_.window(), reader_.remaining()) ? kDataEnds : kInvalidCode;
   if (reader_.remaining() < code.length) return kDataEnds;
   reader_.skip(code.length);
-  const int state = code.mode == Mode::Vertical ? vertical(code.offset) : code.mode == Mode::Pass ? pass() : horizontal();
+  const int state = code.mode == Mode::Vertical ? vertical(code.offset)
+                    : code.mode == Mode::Pass   ? pass()
+                                                : horizontal();
   return state == kRowOpen && reader_.position() >> 3 >= lastCodeByte_ ? kDataEnds : state;
 }
 

@@ -140,7 +140,7 @@ void Encoder::scanRow(std::uint64_t firstBit) {
 // Works on a copy of the writer: stores into the output could otherwise change the original, for all that the compiler
 // knows.
 void Encoder::codeRow() {
-  static constexpr CCITTCode verticals[] = {{0b0000010, 7}, {0b000010, 6}, {0b010, 3}, {0b1, 1},
+  static constexpr CCITTCode verticals[] = {{0b0000010, 7}, {0b000010, 6}, {0b010, 3},    {0b1, 1},
                                             {0b011, 3},     {0b000011, 6}, {0b0000011, 7}};
   BitWriter writer = writer_;
   const int* a = coding_.elements().at;
