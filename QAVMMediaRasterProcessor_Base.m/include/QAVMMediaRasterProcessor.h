@@ -3,8 +3,10 @@
 /// @file
 /// Every public header of the library and, through them, of the platform.
 
+#include <CCITT_G4.h>
 #include <QAV5X5ColorMatrix.h>
 #include <QAVBaseUnknown.h>
+#include <QAVBlockRasterFile.h>
 #include <QAVCheck.h>
 #include <QAVMMIColorRamp.h>
 #include <QAVMMediaImageFormat.h>
