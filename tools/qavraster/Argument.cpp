@@ -35,8 +35,8 @@ std::optional<T> whole(const std::string& text, Base... base) {
 }
 
 std::string shortest(double value) {
-  char digits[32];
-  const auto end = std::to_chars(digits, digits + sizeof digits, value).ptr;
+  char digits[400];
+  const auto end = std::to_chars(digits, digits + sizeof digits, value, std::chars_format::fixed).ptr;
   return {digits, end};
 }
 

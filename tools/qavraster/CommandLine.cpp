@@ -1,6 +1,7 @@
 #include "CommandLine.h"
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <cstdio>
 #include <functional>
 
@@ -58,22 +59,37 @@ void declareSteps(CLI::App& app, Invocation& invocation) {
   }
 }
 
-// What CLI11 found wrong, in the program's words.
-[[noreturn]] void explain(const CLI::App& app, const CLI::ParseError& error) {
+void refuseUnexpected(const CLI::App& app) {
   const Texts unexpected = app.remaining();
-  if (error.get_name() != "ExtrasError" || unexpected.empty()) throw UsageError(error.what());
+  if (unexpected.empty()) return;
+  // A misspelt option leaves its values behind too: name the option.
+  const auto option = std::find_if(unexpected.begin(), unexpected.end(), [](const auto& t) { return t[0] == '-'; });
+  const std::string& word = option == unexpected.end() ? unexpected.front() : *option;
   Texts known;
-  for (const CLI::Option* option : app.get_options()) known.push_back(option->get_name());
-  throw UsageError("'" + unexpected.front() + "' is not expected here" + suggestion(unexpected.front(), known));
+  for (const CLI::Option* each : app.get_options()) known.push_back(each->get_name());
+  throw UsageError("'" + word + "' is not expected here" + suggestion(word, known));
 }
 
-void parse(CLI::App& app, std::vector<std::string> arguments) {
+void refuseValuesOfFlags(const CLI::App& app, const Texts& arguments) {
+  for (const std::string& argument : arguments) {
+    const std::string name = argument.substr(0, argument.find('='));
+    if (name == argument || !argument.starts_with("--")) continue;
+    const CLI::Option* option = app.get_option_no_throw(name);
+    if (option && option->get_items_expected_max() == 0)
+      throw UsageError("'" + argument + "' is not right; " + name + " takes no value");
+  }
+}
+
+void parse(CLI::App& app, Texts arguments) {
+  refuseValuesOfFlags(app, arguments);
+  app.allow_extras();
   std::reverse(arguments.begin(), arguments.end());
   try {
     app.parse(arguments);
   } catch (const CLI::ParseError& error) {
-    explain(app, error);
+    throw UsageError(error.what());
   }
+  refuseUnexpected(app);
 }
 
 Invocation parseCommand(const Command& command, const Texts& arguments) {
@@ -94,9 +110,10 @@ Invocation parseCommand(const Command& command, const Texts& arguments) {
     declare(app, setting.name, setting.arguments, setting.help, take);
   }
   Texts positional(command.arguments.size());
-  for (std::size_t i = 0; i < positional.size(); ++i)
-    app.add_option(command.arguments[i].name, positional[i])->required();
+  for (std::size_t i = 0; i < positional.size(); ++i) app.add_option(command.arguments[i].name, positional[i]);
   parse(app, arguments);
+  if (!positional.empty() && positional.back().empty())
+    throw UsageError(command.name + " needs " + signature(command.arguments));
   invocation.values = Values(command.name, command.arguments, positional);
   return invocation;
 }

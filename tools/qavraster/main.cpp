@@ -31,8 +31,9 @@ Settings finalSettings(const std::vector<Step>& steps) {
 int run(const Invocation& invocation) {
   const FileFormat& format = outputFormat(invocation.output);
   const Settings settings = finalSettings(invocation.steps);
-  Context context{readImage(invocation.input, settings), presets(), Progress::report, ""};
+  // First, so that an output that cannot be written is known before the work.
   OutputFile output(invocation.output);
+  Context context{readImage(invocation.input, settings), presets(), Progress::report, ""};
   Progress progress(invocation.steps.size() + 1);
   for (const Step& step : invocation.steps) {
     progress.begin(step.text);

@@ -1,0 +1,255 @@
+#include <QAVMMediaImageProcessor.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <chrono>
+#include <regex>
+#include <thread>
+
+#include "Run.h"
+#include "support/Images.h"
+
+namespace qav::test {
+namespace {
+
+using Processor = QAVMMediaImageProcessor;
+
+Image readBack(const std::string& path) { return Image(QAVPixelImage::CreateFromFile(path.c_str(), QAVReadOnly, 0)); }
+
+TEST(QavRaster, AppliesOperationsInTheOrderWritten) {
+  struct Case {
+    const char* arguments;
+    void (*expected)(QAVPixelImage&);
+  };
+  constexpr int rgb = 14;
+  const Case cases[] = {
+      {"", [](QAVPixelImage&) {}},
+      {"--brightness 0.2 --posterize 4",
+       [](QAVPixelImage& i) {
+         Processor::Brightness(i, 0.2f, rgb, nullptr, 1);
+         Processor::Posterize(i, 4, rgb, nullptr, 1);
+       }},
+      {"--posterize 4 --brightness 0.2",
+       [](QAVPixelImage& i) {
+         Processor::Posterize(i, 4, rgb, nullptr, 1);
+         Processor::Brightness(i, 0.2f, rgb, nullptr, 1);
+       }},
+      {"--negative --channels ra --solarize 0.5 --gamma 1.4 --channels all --contrast -.25 --solarize 0.3",
+       [](QAVPixelImage& i) {
+         Processor::Negative(i, rgb, nullptr, 1);
+         Processor::Solarize(i, 0.5f, 2 | 16, nullptr, 1);
+         Processor::Gamma(i, 1.4f, 2 | 16, nullptr, 1);
+         Processor::Contrast(i, -0.25f, 31, nullptr, 1);
+         Processor::Solarize(i, 0.3f, 31, nullptr, 1);
+       }},
+      {"--adjust -0.1 0.2 0.8 --balance 0.1 -0.2 0.3",
+       [](QAVPixelImage& i) {
+         Processor::AdjustColor(i, -0.1f, 0.2f, 0.8f, rgb, nullptr, 1);
+         Processor::Balance(i, 0.1f, -0.2f, 0.3f, nullptr, 1);
+       }},
+      {"--convert L8 --negative",
+       [](QAVPixelImage& i) {
+         i.ConvertToFormat(L8);
+         Processor::Negative(i, 1, nullptr, 1);
+       }},
+  };
+  const Image card = readBack(QAV_TEST_CARD);
+  ASSERT_TRUE(card);
+  for (const Case& each : cases) {
+    SCOPED_TRACE(each.arguments);
+    const Folder folder;
+    std::vector<std::string> arguments = {QAV_TEST_CARD, "-o", folder / "out.png"};
+    for (const std::string& word : words(each.arguments)) arguments.push_back(word);
+    const Outcome outcome = run(arguments);
+    EXPECT_EQ(outcome.code, 0);
+    EXPECT_EQ(outcome.out + outcome.err, "");
+    const Image expected = copyOf(*card);
+    each.expected(*expected);
+    const Image result = readBack(folder / "out.png");
+    ASSERT_TRUE(result);
+    EXPECT_EQ(result->GetFormat(), expected->GetFormat());
+    EXPECT_TRUE(bytesOf(*result) == bytesOf(*expected));
+    EXPECT_EQ(folder.files(), std::vector<std::string>{"out.png"});
+  }
+}
+
+// The exit code, and what standard error must say: the wrong word and what would be right.
+TEST(QavRaster, NamesWhatIsWrong) {
+  struct Case {
+    const char* arguments;
+    int code;
+    const char* message;
+  };
+  const Case cases[] = {
+      {"CARD --brightness 2 -o OUT", 2, "--brightness.*'2'.*from -1 to 1"},
+      {"CARD --brightness nan -o OUT", 2, "--brightness.*'nan'.*from -1 to 1"},
+      {"CARD --brightness 0.1x -o OUT", 2, "--brightness.*'0.1x'.*number"},
+      {"CARD --adjust 0 0 9 -o OUT", 2, "--adjust.*GAMMA.*'9'.*from 0.0001 to 3"},
+      {"CARD -o OUT --adjust 0 0", 2, "--adjust.*BRIGHTNESS CONTRAST GAMMA"},
+      {"CARD --posterize 2.5 -o OUT", 2, "--posterize.*'2.5'.*integer"},
+      {"CARD --posterize 99999999999999999999 -o OUT", 2, "--posterize.*'9+'.*integer"},
+      {"CARD --channels xyz --negative -o OUT", 2, "--channels.*'xyz'.*l, r, g, b, a"},
+      {"CARD --convert RGB -o OUT", 2, "--convert.*'RGB'.*RGB888"},
+      {"CARD --brightnes 0.1 -o OUT", 2, "'--brightnes'.*--brightness"},
+      {"CARD --negative=1 -o OUT", 2, "--negative"},
+      {"CARD second -o OUT", 2, "'second'"},
+      {"CARD", 2, "-o OUTPUT"},
+      {"", 2, "INPUT"},
+      {"CARD -o out.gif", 2, "'out.gif'.*\\.png"},
+      {"info", 2, "FILE"},
+      {"CARD --channels l --negative -o OUT", 1, "--negative.*640 x 480 RGBA8888"},
+      {"CARD --convert RGBFloat --negative -o OUT", 1, "--negative.*RGBFloat"},
+      {"no/such/file.png -o OUT", 1, "'no/such/file.png'.*No such file"},
+      {"/ -o OUT", 1, "'/'.*folder"},
+      {"CARD -o no/such/folder/out.png", 1, "'no/such/folder/out.png'.*No such file"},
+      {"info no-such-file", 1, "'no-such-file'"},
+  };
+  for (const Case& each : cases) {
+    SCOPED_TRACE(each.arguments);
+    const Folder folder;
+    std::vector<std::string> arguments = words(each.arguments);
+    for (std::string& argument : arguments) {
+      if (argument == "CARD") argument = QAV_TEST_CARD;
+      if (argument == "OUT") argument = folder / "out.png";
+    }
+    const Outcome outcome = run(arguments);
+    EXPECT_EQ(outcome.code, each.code);
+    EXPECT_TRUE(std::regex_search(outcome.err, std::regex(each.message))) << outcome.err;
+    EXPECT_EQ(std::count(outcome.err.begin(), outcome.err.end(), '\n'), 1) << outcome.err;
+    EXPECT_TRUE(folder.files().empty());
+  }
+}
+
+void expectRefused(const std::string& content, const std::string& name) {
+  const Folder folder, output;
+  writeFile(folder / name, content);
+  const Outcome outcome = run({folder / name, "--negative", "-o", output / "out.png"});
+  EXPECT_EQ(outcome.code, 1);
+  EXPECT_NE(outcome.err.find("'" + folder / name + "'"), std::string::npos) << outcome.err;
+  EXPECT_EQ(std::count(outcome.err.begin(), outcome.err.end(), '\n'), 1) << outcome.err;
+  EXPECT_TRUE(output.files().empty());
+}
+
+TEST(QavRaster, RefusesAPngCutOffAnywhere) {
+  const Folder folder;
+  std::mt19937 random(1);
+  ASSERT_TRUE(SUCCEEDED(randomImage(3, 3, RGB888, random)->WriteToFile((folder / "a.png").c_str(), "PNG")));
+  const std::string whole = contentOf(folder / "a.png");
+  ASSERT_GT(whole.size(), 60u);
+  for (std::size_t length = 0; length < whole.size(); ++length) {
+    SCOPED_TRACE(length);
+    expectRefused(whole.substr(0, length), "cut.png");
+  }
+  const std::string card = contentOf(QAV_TEST_CARD);
+  for (const std::size_t length : {card.size() / 7, card.size() / 2, card.size() - 1})
+    expectRefused(card.substr(0, length), "card.png");
+}
+
+std::string littleEndian(unsigned long value, int bytes) {
+  std::string text;
+  for (int i = 0; i < bytes; ++i) text += static_cast<char>(value >> (8 * i) & 255);
+  return text;
+}
+
+std::string tiffClaiming(unsigned long width, unsigned long height) {
+  const unsigned long tags[][2] = {{256, width}, {257, height}, {258, 8},      {259, 1}, {262, 1},
+                                   {273, 8},     {277, 1},      {278, height}, {279, 4}};
+  std::string file = std::string("II*\0", 4) + littleEndian(8, 4) + littleEndian(std::size(tags), 2);
+  for (const auto& [tag, value] : tags)
+    file += littleEndian(tag, 2) + littleEndian(4, 2) + littleEndian(1, 4) + littleEndian(value, 4);
+  return file + littleEndian(0, 4);
+}
+
+TEST(QavRaster, RefusesWhatIsNoPicture) {
+  expectRefused(tiffClaiming(1ul << 31, 1ul << 31), "huge.tif");
+  expectRefused(tiffClaiming(60000, 60000), "large.tif");
+  expectRefused("", "empty.png");
+  expectRefused("only some text\n", "text.jpg");
+  expectRefused("\xFF\xD8\xFF", "start.jpg");
+}
+
+TEST(QavRaster, WritesCompletelyOrNotAtAll) {
+  const Folder folder;
+  writeFile(folder / "out.png", "what was there before");
+  const auto limitFiles = [] {
+    const rlimit limit{20000, 20000};
+    setrlimit(RLIMIT_FSIZE, &limit);
+    std::signal(SIGXFSZ, SIG_IGN);
+  };
+  const Outcome full = run({QAV_TEST_CARD, "-o", folder / "out.png"}, limitFiles);
+  EXPECT_EQ(full.code, 1);
+  EXPECT_NE(full.err.find("cannot write '" + folder / "out.png"), std::string::npos) << full.err;
+  EXPECT_EQ(contentOf(folder / "out.png"), "what was there before");
+  EXPECT_EQ(folder.files().size(), 1u);
+
+  // In place, through a link: the link stays, and so does the file's mode.
+  std::filesystem::copy_file(QAV_TEST_CARD, folder / "card.png");
+  chmod((folder / "card.png").c_str(), 0640);
+  std::filesystem::create_symlink("card.png", folder / "link.png");
+  EXPECT_EQ(run({folder / "link.png", "--negative", "-o", folder / "link.png"}).code, 0);
+  EXPECT_TRUE(std::filesystem::is_symlink(folder / "link.png"));
+  struct stat status {};
+  ASSERT_EQ(stat((folder / "card.png").c_str(), &status), 0);
+  EXPECT_EQ(status.st_mode & 0777, 0640u);
+  EXPECT_NE(contentOf(folder / "card.png"), contentOf(QAV_TEST_CARD));
+
+  ASSERT_EQ(mkfifo((folder / "pipe.png").c_str(), 0600), 0);
+  EXPECT_EQ(run({QAV_TEST_CARD, "-o", folder / "pipe.png"}).code, 1);
+  EXPECT_TRUE(std::filesystem::is_fifo(folder / "pipe.png"));
+}
+
+TEST(QavRaster, LeavesNothingBehindWhenItIsStopped) {
+  for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+    SCOPED_TRACE(signal);
+    const Folder input, output, logs;
+    // A pipe that nobody writes to keeps the program waiting for its input.
+    ASSERT_EQ(mkfifo((input / "pipe").c_str(), 0600), 0);
+    const pid_t child = start({input / "pipe", "-o", output / "out.png"}, logs, [] { std::signal(SIGINT, SIG_DFL); });
+    for (int i = 0; i < 1000 && output.files().empty(); ++i) std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    EXPECT_EQ(output.files().size(), 1u);
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    kill(child, signal);
+    EXPECT_EQ(finish(child, logs).code, -signal);
+    EXPECT_TRUE(output.files().empty());
+  }
+}
+
+TEST(QavRaster, ListsWhatItUnderstands) {
+  const Outcome list = run({"--list"});
+  EXPECT_EQ(list.code, 0);
+  const std::regex option("^  (--[a-z0-9-]+)", std::regex::multiline);
+  std::vector<std::string> names;
+  for (std::sregex_iterator it(list.out.begin(), list.out.end(), option), end; it != end; ++it)
+    names.push_back((*it)[1]);
+  for (const char* name : {"--brightness", "--contrast", "--gamma", "--negative", "--solarize", "--posterize",
+                           "--adjust", "--balance", "--channels", "--convert"})
+    EXPECT_NE(std::find(names.begin(), names.end(), name), names.end()) << name;
+  for (const std::string& name : names) EXPECT_EQ(run({name}).err.find("not expected"), std::string::npos) << name;
+  EXPECT_NE(list.out.find("number from -1 to 1"), std::string::npos);
+  EXPECT_TRUE(std::regex_search(
+      run({"--version"}).out, std::regex("^qavraster [0-9.]+\ninstruction set: (baseline|avx2|avx512|avx512vbmi)\n$")));
+  EXPECT_NE(run({"info", QAV_TEST_CARD}).out.find("640 x 480 RGBA8888"), std::string::npos);
+}
+
+TEST(QavRaster, NeedsLessThanThreePicturesOfMemory) {
+#ifdef __SANITIZE_ADDRESS__
+  GTEST_SKIP() << "the sanitizer's own memory hides the program's";
+#endif
+  const Folder folder;
+  constexpr int width = 4000, height = 3000;
+  {
+    std::mt19937 random(1);
+    ASSERT_TRUE(SUCCEEDED(randomImage(width, height, RGB888, random, Texture::Smooth)
+                              ->WriteToFile((folder / "large.jpg").c_str(), "JPEG")));
+  }
+  for (const char* output : {"out.jpg", "out.png", "out.tif"}) {
+    const Outcome outcome =
+        run({folder / "large.jpg", "--brightness", "0.1", "--posterize", "9", "-o", folder / output});
+    ASSERT_EQ(outcome.code, 0) << outcome.err;
+    EXPECT_LT(outcome.peakKilobytes, 3L * width * height * 3 / 1024) << output;
+    RecordProperty(output, std::to_string(outcome.peakKilobytes));
+  }
+}
+
+}  // namespace
+}  // namespace qav::test
