@@ -33,8 +33,9 @@ int run(const Invocation& invocation) {
   const Settings settings = finalSettings(invocation.steps);
   // First, so that an output that cannot be written is known before the work.
   OutputFile output(invocation.output);
+  Progress progress(invocation.steps.size() + 2);
+  progress.begin("reading " + invocation.input);
   Context context{readImage(invocation.input, settings), presets(), Progress::report, ""};
-  Progress progress(invocation.steps.size() + 1);
   for (const Step& step : invocation.steps) {
     progress.begin(step.text);
     apply(step, context);
