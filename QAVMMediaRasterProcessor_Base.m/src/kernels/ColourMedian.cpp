@@ -21,7 +21,8 @@ extern const ColourMedianKernels colourMedian;
 
 const ColourMedianKernels& colourMedianKernels() noexcept {
 #if defined(__x86_64__)
-  return atActiveLevel({&baseline::colourMedian, &avx2::colourMedian, &avx512::colourMedian, &avx512vbmi::colourMedian});
+  return atActiveLevel(
+      {&baseline::colourMedian, &avx2::colourMedian, &avx512::colourMedian, &avx512vbmi::colourMedian});
 #else
   return baseline::colourMedian;
 #endif

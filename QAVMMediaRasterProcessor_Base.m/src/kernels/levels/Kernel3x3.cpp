@@ -43,7 +43,9 @@ struct Light : Symmetric<true> {
     kept[0] = l + c + r;
     kept[1] = kept[0] + c;
   }
-  [[gnu::always_inline]] static I16 down(const I16* a, const I16* c, const I16* b) { return scaled(sum(a, c, b), 6554); }
+  [[gnu::always_inline]] static I16 down(const I16* a, const I16* c, const I16* b) {
+    return scaled(sum(a, c, b), 6554);
+  }
 };
 
 struct Gauss : Single<true> {
@@ -128,9 +130,7 @@ struct SobelRows : Single<false> {
 
 struct SobelColumns : Single<false> {
   [[gnu::always_inline]] static void across(I16 l, I16, I16 r, I16* kept) { kept[0] = r - l; }
-  [[gnu::always_inline]] static I16 down(const I16* a, const I16* c, const I16* b) {
-    return a[0] + b[0] + c[0] + c[0];
-  }
+  [[gnu::always_inline]] static I16 down(const I16* a, const I16* c, const I16* b) { return a[0] + b[0] + c[0] + c[0]; }
 };
 
 struct PrewittRows : Single<false> {
@@ -146,10 +146,10 @@ struct PrewittColumns : Single<false> {
 }  // namespace
 
 extern const Kernel3x3Kernels kernel3x3;
-const Kernel3x3Kernels kernel3x3 = {
-    kRowFilter<Box>,           kRowFilter<Light>,        kRowFilter<Gauss>,        kRowFilter<Centre>,
-    kRowFilter<SharpenLight>,  kRowFilter<SharpenMedium>, kRowFilter<Sharpen>,      kRowFilter<SharpenCross>,
-    kRowFilter<SharpenStrong>, kRowFilter<Laplace>,      kRowFilter<SobelRows>,    kRowFilter<SobelColumns>,
-    kRowFilter<PrewittRows>,   kRowFilter<PrewittColumns>};
+const Kernel3x3Kernels kernel3x3 = {kRowFilter<Box>,         kRowFilter<Light>,         kRowFilter<Gauss>,
+                                    kRowFilter<Centre>,      kRowFilter<SharpenLight>,  kRowFilter<SharpenMedium>,
+                                    kRowFilter<Sharpen>,     kRowFilter<SharpenCross>,  kRowFilter<SharpenStrong>,
+                                    kRowFilter<Laplace>,     kRowFilter<SobelRows>,     kRowFilter<SobelColumns>,
+                                    kRowFilter<PrewittRows>, kRowFilter<PrewittColumns>};
 
 #include "RegionEnd.h"

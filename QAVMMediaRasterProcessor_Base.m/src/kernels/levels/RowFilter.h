@@ -20,7 +20,8 @@ namespace {
   const __m512i order = _mm512_broadcast_i32x4(_mm_setr_epi8(0, 8, 1, 9, 2, 10, 3, 11, 4, 12, 5, 13, 6, 14, 7, 15));
   return (U8)_mm512_shuffle_epi8(_mm512_packus_epi16((__m512i)even, (__m512i)odd), order);
 #elif QAV_KERNEL_LEVEL == 1
-  const __m256i order = _mm256_broadcastsi128_si256(_mm_setr_epi8(0, 8, 1, 9, 2, 10, 3, 11, 4, 12, 5, 13, 6, 14, 7, 15));
+  const __m256i order =
+      _mm256_broadcastsi128_si256(_mm_setr_epi8(0, 8, 1, 9, 2, 10, 3, 11, 4, 12, 5, 13, 6, 14, 7, 15));
   return (U8)_mm256_shuffle_epi8(_mm256_packus_epi16((__m256i)even, (__m256i)odd), order);
 #else
   const I16 most = splat<I16>(255);
@@ -36,7 +37,7 @@ inline constexpr bool kSame<A, A> = true;
 template <class F>
 inline constexpr bool kBytes = kSame<typename F::Lane, U8>;
 template <class F>
-inline constexpr std::size_t kPartialBytes = F::kKept * (kBytes<F> ? 1 : 2);
+inline constexpr std::size_t kPartialBytes = F::kKept*(kBytes<F> ? 1 : 2);
 
 template <class F>
 struct Partials {
@@ -57,7 +58,8 @@ struct Partials {
   [[gnu::always_inline]] static Partials read(const std::uint8_t* from) {
     Partials p;
 #pragma GCC unroll 8
-    for (int k = 0; k < kCount; ++k) p.kept[k] = load<typename F::Lane>(from + static_cast<std::size_t>(k) * kVectorBytes);
+    for (int k = 0; k < kCount; ++k)
+      p.kept[k] = load<typename F::Lane>(from + static_cast<std::size_t>(k) * kVectorBytes);
     return p;
   }
   [[gnu::always_inline]] void write(std::uint8_t* to) const {
@@ -81,18 +83,18 @@ template <class F>
 // lie in the row.
 struct EdgeWindow {
   EdgeWindow(const std::uint8_t* row, std::size_t first, std::size_t count, std::size_t stride) {
-    for (std::size_t k = 0; k < kVectorBytes + 2 * stride; ++k) {
-      std::size_t i = first + k;  // of the sample `stride` to the right of the one wanted
-      if (i < stride) i += stride;
-      i -= stride;
-      while (i >= count) i = i - count < stride ? i - stride : count - 1;
-      bytes[kMargin - stride + k] = row[i];
-    }
+    std::uint8_t* const left = bytes + kMargin - stride;
+    const std::size_t before = first == 0 ? 0 : stride;
+    const std::size_t present = count - first + before;
+    const std::size_t wanted = kVectorBytes + stride + before;
+    if (before == 0) std::memcpy(left, row, stride);
+    std::memcpy(left + stride - before, row + first - before, present < wanted ? present : wanted);
+    if (present < wanted) std::memcpy(left + stride - before + present, row + count - stride, stride);
   }
   const std::uint8_t* at() const { return bytes + kMargin; }
 
   static constexpr std::size_t kMargin = 4;
-  std::uint8_t bytes[kMargin + kVectorBytes + kMargin];
+  std::uint8_t bytes[kMargin + kVectorBytes + 2 * kMargin] = {};
 };
 
 // True when a whole vector from sample i on and its neighbours lie in the row.
