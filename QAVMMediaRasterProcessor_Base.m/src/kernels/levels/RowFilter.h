@@ -39,19 +39,109 @@ inline constexpr bool kBytes = kSame<typename F::Lane, U8>;
 template <class F>
 inline constexpr std::size_t kPartialBytes = F::kKept*(kBytes<F> ? 1 : 2);
 
+// A sample's left neighbour, itself and its right neighbour, for a vector of samples.
+struct Taps {
+  U8 l, c, r;
+};
+
+// Keeps a value in a register: the compiler would rather read it from memory again for every use, and reads that cross
+// cache lines are what limits these loops.
+[[gnu::always_inline]] inline U8 inRegister(U8 v) {
+#if QAV_KERNEL_LEVEL >= 2
+  __asm__("" : "+v"(v));
+#elif QAV_KERNEL_LEVEL == 1
+  __asm__("" : "+x"(v));
+#endif
+  return v;
+}
+
+[[gnu::always_inline]] inline Taps tapsAt(const std::uint8_t* at, std::size_t stride) {
+  return {inRegister(load<U8>(at - stride)), inRegister(load<U8>(at)), inRegister(load<U8>(at + stride))};
+}
+
+// Lanes `from` to `to` of a vector, which may lie beyond its ends.
+struct LaneRange {
+  std::ptrdiff_t from, to;
+
+  bool empty() const { return from >= to; }
+  std::size_t size() const { return static_cast<std::size_t>(to - from); }
+#if QAV_KERNEL_LEVEL >= 2
+  static std::uint64_t below(std::ptrdiff_t lane) {
+    return lane <= 0 ? 0 : lane >= 64 ? ~std::uint64_t{0} : (std::uint64_t{1} << lane) - 1;
+  }
+  __mmask64 mask() const { return below(to) & ~below(from); }
+#endif
+};
+
+[[gnu::always_inline]] inline LaneRange clipped(std::ptrdiff_t from, std::ptrdiff_t to) {
+  constexpr auto lanes = static_cast<std::ptrdiff_t>(kVectorBytes);
+  return {from < 0 ? 0 : from, to > lanes ? lanes : to};
+}
+
+// Reads some lanes only; the others are those of `otherwise`.
+[[gnu::always_inline]] inline U8 loadLanes(const std::uint8_t* at, LaneRange range, U8 otherwise) {
+#if QAV_KERNEL_LEVEL >= 2
+  return (U8)_mm512_mask_loadu_epi8((__m512i)otherwise, range.mask(), at);
+#else
+  if (!range.empty())
+    std::memcpy(reinterpret_cast<std::uint8_t*>(&otherwise) + range.from, at + range.from, range.size());
+  return otherwise;
+#endif
+}
+
+[[gnu::always_inline]] inline void storeLanes(std::uint8_t* at, LaneRange range, U8 v) {
+#if QAV_KERNEL_LEVEL >= 2
+  _mm512_mask_storeu_epi8(at, range.mask(), (__m512i)v);
+#else
+  if (!range.empty())
+    std::memcpy(at + range.from, reinterpret_cast<const std::uint8_t*>(&v) + range.from, range.size());
+#endif
+}
+
+// Where a row's vectors stand. The first one may begin before the row, and the last one end behind it.
+class Position {
+ public:
+  explicit Position(const RowShape& shape)
+      : count_(static_cast<std::ptrdiff_t>(shape.count)),
+        stride_(static_cast<std::ptrdiff_t>(shape.stride)),
+        i(-static_cast<std::ptrdiff_t>(shape.lead)) {}
+
+  bool inRow() const { return i < count_; }
+  // True when the whole vector and its neighbours lie in the row.
+  bool inside() const { return i >= stride_ && i + kStep + stride_ <= count_; }
+  void next() { i += kStep; }
+  LaneRange lanes() const { return clipped(-i, count_ - i); }
+
+  Taps edgeTaps(const std::uint8_t* row) const {
+    const LaneRange present = lanes();
+    const U8 c = loadLanes(row + i, present, U8{});
+    const U8 l = loadLanes(row + i - stride_, clipped(stride_ - i, present.to), c);
+    const U8 r = loadLanes(row + i + stride_, clipped(present.from, count_ - stride_ - i), c);
+    return {l, c, r};
+  }
+
+ private:
+  static constexpr auto kStep = static_cast<std::ptrdiff_t>(kVectorBytes);
+  std::ptrdiff_t count_;
+  std::ptrdiff_t stride_;
+
+ public:
+  std::ptrdiff_t i;  // of the vector's first lane
+};
+
 template <class F>
 struct Partials {
   static constexpr int kCount = static_cast<int>(kPartialBytes<F>);
+  static constexpr std::size_t kSize = kPartialBytes<F> * kVectorBytes;
   typename F::Lane kept[kCount];
 
-  [[gnu::always_inline]] static Partials of(const std::uint8_t* at, std::size_t stride) {
+  [[gnu::always_inline]] static Partials of(const Taps& taps) {
     Partials p;
-    const U8 l = load<U8>(at - stride), c = load<U8>(at), r = load<U8>(at + stride);
     if constexpr (kBytes<F>) {
-      F::across(l, c, r, p.kept);
+      F::across(taps.l, taps.c, taps.r, p.kept);
     } else {
-      F::across(evenBytes(l), evenBytes(c), evenBytes(r), p.kept);
-      F::across(oddBytes(l), oddBytes(c), oddBytes(r), p.kept + F::kKept);
+      F::across(evenBytes(taps.l), evenBytes(taps.c), evenBytes(taps.r), p.kept);
+      F::across(oddBytes(taps.l), oddBytes(taps.c), oddBytes(taps.r), p.kept + F::kKept);
     }
     return p;
   }
@@ -59,7 +149,7 @@ struct Partials {
     Partials p;
 #pragma GCC unroll 8
     for (int k = 0; k < kCount; ++k)
-      p.kept[k] = load<typename F::Lane>(from + static_cast<std::size_t>(k) * kVectorBytes);
+      p.kept[k] = (typename F::Lane)inRegister(load<U8>(from + static_cast<std::size_t>(k) * kVectorBytes));
     return p;
   }
   [[gnu::always_inline]] void write(std::uint8_t* to) const {
@@ -79,70 +169,41 @@ template <class F>
   }
 }
 
-// A vector's worth of a row from sample `first` on, with its neighbours, for the ends of the row, where they do not all
-// lie in the row.
-struct EdgeWindow {
-  EdgeWindow(const std::uint8_t* row, std::size_t first, std::size_t count, std::size_t stride) {
-    std::uint8_t* const left = bytes + kMargin - stride;
-    const std::size_t before = first == 0 ? 0 : stride;
-    const std::size_t present = count - first + before;
-    const std::size_t wanted = kVectorBytes + stride + before;
-    if (before == 0) std::memcpy(left, row, stride);
-    std::memcpy(left + stride - before, row + first - before, present < wanted ? present : wanted);
-    if (present < wanted) std::memcpy(left + stride - before + present, row + count - stride, stride);
-  }
-  const std::uint8_t* at() const { return bytes + kMargin; }
-
-  static constexpr std::size_t kMargin = 4;
-  std::uint8_t bytes[kMargin + kVectorBytes + 2 * kMargin] = {};
-};
-
-// True when a whole vector from sample i on and its neighbours lie in the row.
-[[gnu::always_inline]] inline bool inside(std::size_t i, std::size_t count, std::size_t stride) {
-  return i >= stride && i + kVectorBytes + stride <= count;
+template <class F>
+void prepare(const std::uint8_t* row, const RowShape& shape, std::uint8_t* partials) {
+  for (Position at(shape); at.inRow(); at.next(), partials += Partials<F>::kSize)
+    Partials<F>::of(at.inside() ? tapsAt(row + at.i, shape.stride) : at.edgeTaps(row)).write(partials);
 }
 
 template <class F>
-void prepare(const std::uint8_t* row, std::size_t count, std::size_t stride, std::uint8_t* partials) {
-  for (std::size_t i = 0; i < count; i += kVectorBytes) {
-    std::uint8_t* const to = partials + i * kPartialBytes<F>;
-    if (inside(i, count, stride))
-      Partials<F>::of(row + i, stride).write(to);
-    else
-      Partials<F>::of(EdgeWindow(row, i, count, stride).at(), stride).write(to);
-  }
-}
-
-template <class F>
-[[gnu::always_inline]] inline U8 advanceVector(const std::uint8_t* at, std::size_t stride, const std::uint8_t* above,
-                                               const std::uint8_t* current, std::uint8_t* below) {
+[[gnu::always_inline]] inline U8 advanceVector(const Taps& taps, const std::uint8_t* above, const std::uint8_t* current,
+                                               std::uint8_t* below) {
   const Partials<F> a = Partials<F>::read(above);
-  const Partials<F> b = Partials<F>::of(at, stride);
+  const Partials<F> b = Partials<F>::of(taps);
   b.write(below);
   return result<F>(a, Partials<F>::read(current), b);
 }
 
 template <class F>
-void advance(const std::uint8_t* row, std::size_t count, std::size_t stride, const std::uint8_t* above,
-             const std::uint8_t* current, std::uint8_t* below, std::uint8_t* out) {
-  constexpr std::size_t size = kPartialBytes<F>;
-  for (std::size_t i = 0; i < count; i += kVectorBytes) {
-    for (; inside(i, count, stride); i += kVectorBytes)
-      store(out + i, advanceVector<F>(row + i, stride, above + i * size, current + i * size, below + i * size));
-    if (i >= count) return;
-    const EdgeWindow edge(row, i, count, stride);
-    const U8 v = advanceVector<F>(edge.at(), stride, above + i * size, current + i * size, below + i * size);
-    std::memcpy(out + i, &v, count - i < kVectorBytes ? count - i : kVectorBytes);
+void advance(const std::uint8_t* row, const RowShape& shape, const std::uint8_t* above, const std::uint8_t* current,
+             std::uint8_t* below, std::uint8_t* out) {
+  const std::size_t stride = shape.stride;
+  std::size_t slot = 0;
+  for (Position at(shape); at.inRow(); at.next(), slot += Partials<F>::kSize) {
+    for (; at.inside(); at.next(), slot += Partials<F>::kSize)
+      store(out + at.i, advanceVector<F>(tapsAt(row + at.i, stride), above + slot, current + slot, below + slot));
+    if (!at.inRow()) return;
+    const U8 v = advanceVector<F>(at.edgeTaps(row), above + slot, current + slot, below + slot);
+    storeLanes(out + at.i, at.lanes(), v);
   }
 }
 
 template <class F>
-void finish(std::size_t count, const std::uint8_t* above, const std::uint8_t* current, std::uint8_t* out) {
-  constexpr std::size_t size = kPartialBytes<F>;
-  for (std::size_t i = 0; i < count; i += kVectorBytes) {
-    const Partials<F> c = Partials<F>::read(current + i * size);
-    const U8 v = result<F>(Partials<F>::read(above + i * size), c, c);
-    std::memcpy(out + i, &v, count - i < kVectorBytes ? count - i : kVectorBytes);
+void finish(const RowShape& shape, const std::uint8_t* above, const std::uint8_t* current, std::uint8_t* out) {
+  std::size_t slot = 0;
+  for (Position at(shape); at.inRow(); at.next(), slot += Partials<F>::kSize) {
+    const Partials<F> c = Partials<F>::read(current + slot);
+    storeLanes(out + at.i, at.lanes(), result<F>(Partials<F>::read(above + slot), c, c));
   }
 }
 
