@@ -82,7 +82,7 @@ HRESULT QAVMMediaImageProcessor::LinearConvolveMatrixRGBA(unsigned char* pixels,
     std::memset(pixels, 0, std::size_t{4} * static_cast<std::size_t>(width) * static_cast<std::size_t>(height));
     return S_OK;
   }
-  qav::ConvolutionSweep(pixels, width, height, weights).run(sum);
+  qav::ConvolutionSweep(pixels, width, height, weights, sum).run();
   return S_OK;
 }
 
