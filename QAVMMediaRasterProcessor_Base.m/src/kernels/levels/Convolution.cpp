@@ -11,6 +11,7 @@ namespace {
 struct Floats {
   using Sum = F32;
   static constexpr int kTaps = 1;
+  static constexpr int kUnrolled[] = {3, 5, 7};
   [[gnu::always_inline]] static U32 widened(const std::uint8_t* at) { return (U32)toFloat(loadWidened32(at)); }
   [[gnu::always_inline]] static Sum added(Sum sum, U32 samples, U32 weights) {
     return sum + (F32)weights * (F32)samples;
@@ -21,6 +22,7 @@ struct Floats {
 struct Pairs {
   using Sum = I32;
   static constexpr int kTaps = 2;
+  static constexpr int kUnrolled[] = {2, 3, 4};
   [[gnu::always_inline]] static U32 widened(const std::uint8_t* at) {
     return (U32)(loadWidened32(at) | loadWidened32(at + 4) << 16);
   }
@@ -38,6 +40,7 @@ struct Pairs {
 struct Quads {
   using Sum = I32;
   static constexpr int kTaps = 4;
+  static constexpr int kUnrolled[] = {1, 2, 3};
   [[gnu::always_inline]] static U32 widened(const std::uint8_t* at) {
     const __m512i lane =
         _mm512_add_epi32(_mm512_mullo_epi32(_mm512_setr_epi32(0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15),
@@ -66,12 +69,15 @@ struct Block {
   V v0, v1, v2, v3;
 };
 
-// Keeps a value in a register; the compiler would rather read it from memory again for every row of results.
-[[gnu::always_inline]] inline U32 inRegister(U32 v) {
+// Has a value in a register at this point of the program, in the order written. The compiler would otherwise read a
+// sample from memory again for every row of results, and gather all reads of a row before all sums, with more values
+// alive than there are registers.
+template <class V>
+[[gnu::always_inline]] inline V inRegister(V v) {
 #if QAV_KERNEL_LEVEL >= 2
-  __asm__("" : "+v"(v));
+  __asm__ volatile("" : "+v"(v));
 #elif QAV_KERNEL_LEVEL == 1
-  __asm__("" : "+x"(v));
+  __asm__ volatile("" : "+x"(v));
 #endif
   return v;
 }
@@ -79,10 +85,10 @@ struct Block {
 template <class A>
 [[gnu::always_inline]] inline void addTap(Block<typename A::Sum>& sums, const Block<U32>& samples, std::uint32_t tap) {
   const U32 weight = inRegister(splat<U32>(tap));
-  sums.v0 = A::added(sums.v0, samples.v0, weight);
-  sums.v1 = A::added(sums.v1, samples.v1, weight);
-  sums.v2 = A::added(sums.v2, samples.v2, weight);
-  sums.v3 = A::added(sums.v3, samples.v3, weight);
+  sums.v0 = inRegister(A::added(sums.v0, samples.v0, weight));
+  sums.v1 = inRegister(A::added(sums.v1, samples.v1, weight));
+  sums.v2 = inRegister(A::added(sums.v2, samples.v2, weight));
+  sums.v3 = inRegister(A::added(sums.v3, samples.v3, weight));
 }
 
 [[gnu::always_inline]] inline Block<U32> samplesAt(const std::uint32_t* at) {
@@ -96,15 +102,25 @@ struct Sums {
   Block<typename A::Sum> first, second, third;
 };
 
-// Adds one source row's taps to the results `from` to `to`.
 template <class A, int from, int to>
+[[gnu::always_inline]] inline void addTaps(Sums<A>& sums, const std::uint32_t* at, const std::uint32_t* weights,
+                                           std::ptrdiff_t stride) {
+  const Block<U32> samples = samplesAt(at);
+  if constexpr (from == 0) addTap<A>(sums.first, samples, weights[0]);
+  if constexpr (from <= 1 && to >= 1) addTap<A>(sums.second, samples, weights[-stride]);
+  if constexpr (to == 2) addTap<A>(sums.third, samples, weights[-2 * stride]);
+}
+
+// Adds one source row's taps to the results `from` to `to`. `taps` is how many lanes of weights a row has, or 0 when
+// the loop is not unrolled.
+template <class A, int taps, int from, int to>
 [[gnu::always_inline]] inline void addRow(Sums<A>& sums, const std::uint32_t* at, const std::uint32_t* weights,
                                           std::ptrdiff_t stride) {
-  for (std::ptrdiff_t t = 0; t < stride; ++t, at += 4 * A::kTaps) {
-    const Block<U32> samples = samplesAt(at);
-    if constexpr (from == 0) addTap<A>(sums.first, samples, weights[t]);
-    if constexpr (from <= 1 && to >= 1) addTap<A>(sums.second, samples, weights[t - stride]);
-    if constexpr (to == 2) addTap<A>(sums.third, samples, weights[t - 2 * stride]);
+  if constexpr (taps > 0) {
+#pragma GCC unroll 8
+    for (int t = 0; t < taps; ++t) addTaps<A, from, to>(sums, at + 4 * A::kTaps * t, weights + t, taps);
+  } else {
+    for (std::ptrdiff_t t = 0; t < stride; ++t) addTaps<A, from, to>(sums, at + 4 * A::kTaps * t, weights + t, stride);
   }
 }
 
@@ -112,7 +128,7 @@ template <class A, int from, int to>
 
 // A source row has the weights of row `top` of the kernel in the first result, of the row above that in the second, and
 // so on; where the kernel has no such row it takes no part.
-template <class A, int results>
+template <class A, int taps, int results>
 [[gnu::always_inline]] inline Sums<A> sumsAt(const ConvolutionRows& c, std::size_t i) {
   Sums<A> sums{};
   const std::uint32_t* const* row = c.rows;
@@ -121,73 +137,96 @@ template <class A, int results>
   const std::ptrdiff_t end = top + c.rowCount;
   const std::uint32_t* weights = c.weights + top * stride;
   if constexpr (results == 1) {
-    for (; top < end; ++top, weights += stride) addRow<A, 0, 0>(sums, *row++ + i, weights, stride);
+    for (; top < end; ++top, weights += stride) addRow<A, taps, 0, 0>(sums, *row++ + i, weights, stride);
   } else {
     const std::ptrdiff_t all = least(end, c.weightRows), most = least(end, c.weightRows + 1);
-    for (; top < least(end, 1); ++top, weights += stride) addRow<A, 0, 0>(sums, *row++ + i, weights, stride);
-    for (; top < least(end, 2); ++top, weights += stride) addRow<A, 0, 1>(sums, *row++ + i, weights, stride);
-    for (; top < all; ++top, weights += stride) addRow<A, 0, 2>(sums, *row++ + i, weights, stride);
-    for (; top < most; ++top, weights += stride) addRow<A, 1, 2>(sums, *row++ + i, weights, stride);
-    for (; top < end; ++top, weights += stride) addRow<A, 2, 2>(sums, *row++ + i, weights, stride);
+    for (; top < least(end, 1); ++top, weights += stride) addRow<A, taps, 0, 0>(sums, *row++ + i, weights, stride);
+    for (; top < least(end, 2); ++top, weights += stride) addRow<A, taps, 0, 1>(sums, *row++ + i, weights, stride);
+    for (; top < all; ++top, weights += stride) addRow<A, taps, 0, 2>(sums, *row++ + i, weights, stride);
+    for (; top < most; ++top, weights += stride) addRow<A, taps, 1, 2>(sums, *row++ + i, weights, stride);
+    for (; top < end; ++top, weights += stride) addRow<A, taps, 2, 2>(sums, *row++ + i, weights, stride);
   }
   return sums;
 }
 
-[[gnu::always_inline]] inline bool anyLane(I32 mask) {
+// The estimate is off by less than 3 parts in 2^24 from the rounded quotient, both below 256 where it matters; so it
+// truncates alike unless it lies within 2^-14 of a whole number above 0. True if any lane does.
+[[gnu::always_inline]] inline bool nearWholeNumber(F32 estimate) {
+  constexpr float margin = 1.0f / 16384;
+  const F32 above = max(estimate, splat<F32>(0.5f)) + splat<F32>(margin);
 #if QAV_KERNEL_LEVEL >= 2
-  return _mm512_movepi32_mask((__m512i)mask) != 0;
+  const __m512 fraction = _mm512_reduce_ps((__m512)above, _MM_FROUND_TO_NEG_INF | _MM_FROUND_NO_EXC);
+  return _mm512_cmplt_ps_mask(fraction, _mm512_set1_ps(2 * margin)) != 0;
 #elif QAV_KERNEL_LEVEL == 1
-  return _mm256_movemask_ps((__m256)mask) != 0;
+  const __m256 fraction = _mm256_sub_ps((__m256)above, _mm256_floor_ps((__m256)above));
+  return _mm256_movemask_ps(_mm256_cmp_ps(fraction, _mm256_set1_ps(2 * margin), _CMP_LT_OQ)) != 0;
 #else
+  const F32 within = min(above, splat<F32>(256.0f));
+  const F32 fraction = within - toFloat(truncate(within));
   std::int32_t any = 0;
-  for (std::size_t i = 0; i < kLanes<I32>; ++i) any |= mask[i];
+  for (std::size_t i = 0; i < kLanes<F32>; ++i) any |= fraction[i] < 2 * margin;
   return any != 0;
 #endif
 }
 
-// The estimate is off by less than 3 parts in 2^24 from the rounded quotient, both below 256 where it matters; so it
-// truncates alike unless it lies within 2^-14 of a whole number above 0.
-[[gnu::always_inline]] inline bool nearWholeNumber(F32 estimate) {
-  const F32 clamped = min(max(estimate, F32{}), splat<F32>(256.0f));
-  const F32 margin = splat<F32>(1.0f / 16384);
-  const I32 below = truncate(clamped - margin), above = truncate(clamped + margin);
-  return anyLane((I32)(below != above));
+#if QAV_KERNEL_LEVEL >= 2
+// Conversions that cannot be done give the least number, and packing clamps from below. In this order of arguments
+// min() keeps not-a-number, which becomes 0 so.
+[[gnu::always_inline]] inline __m512i wholeUpTo255(F32 v) {
+  return _mm512_cvttps_epi32((__m512)min(splat<F32>(255.0f), v));
+}
+#else
+// In this order of arguments max() turns not-a-number into 0.
+[[gnu::always_inline]] inline void storeVector(std::uint8_t* to, F32 v) {
+  storeNarrowed(to, truncate(min(max(v, F32{}), splat<F32>(255.0f))));
+}
+#endif
+
+// Truncates and clamps to bytes.
+[[gnu::always_inline]] inline void storeBytes(const Block<F32>& v, std::uint8_t* out) {
+#if QAV_KERNEL_LEVEL >= 2
+  const __m512i low = _mm512_packus_epi32(wholeUpTo255(v.v0), wholeUpTo255(v.v1));
+  const __m512i high = _mm512_packus_epi32(wholeUpTo255(v.v2), wholeUpTo255(v.v3));
+  const __m512i order = _mm512_setr_epi32(0, 4, 8, 12, 1, 5, 9, 13, 2, 6, 10, 14, 3, 7, 11, 15);
+  _mm512_storeu_si512(out, _mm512_permutexvar_epi32(order, _mm512_packus_epi16(low, high)));
+#else
+  storeVector(out, v.v0);
+  storeVector(out + kLanes<F32>, v.v1);
+  storeVector(out + 2 * kLanes<F32>, v.v2);
+  storeVector(out + 3 * kLanes<F32>, v.v3);
+#endif
 }
 
-[[gnu::always_inline]] inline F32 quotient(F32 sum, const ConvolutionQuotient& q) {
-  if (q.way == ConvolutionQuotient::Divide) return sum / splat<F32>(q.divisor);
-  const F32 estimate = (sum + splat<F32>(q.bias)) * splat<F32>(q.reciprocal);
-  if (q.way == ConvolutionQuotient::Check && nearWholeNumber(estimate)) return sum / splat<F32>(q.divisor);
-  return estimate;
-}
-
-template <class A>
-[[gnu::always_inline]] inline void writeVector(typename A::Sum sum, const ConvolutionQuotient& q, std::uint8_t* out) {
-  // In this order of arguments not-a-number becomes 0.
-  const F32 v = min(max(quotient(A::value(sum), q), F32{}), splat<F32>(255.0f));
-  storeNarrowed(out, truncate(v));
+[[gnu::always_inline]] inline Block<F32> quotients(const Block<F32>& sums, const ConvolutionQuotient& q) {
+  if (q.way != ConvolutionQuotient::Divide) {
+    const F32 reciprocal = splat<F32>(q.reciprocal), bias = splat<F32>(q.bias);
+    const Block<F32> v = {(sums.v0 + bias) * reciprocal, (sums.v1 + bias) * reciprocal, (sums.v2 + bias) * reciprocal,
+                          (sums.v3 + bias) * reciprocal};
+    if (q.way == ConvolutionQuotient::Multiply) return v;
+    if (!(nearWholeNumber(v.v0) | nearWholeNumber(v.v1) | nearWholeNumber(v.v2) | nearWholeNumber(v.v3))) return v;
+  }
+  const F32 divisor = splat<F32>(q.divisor);
+  return {sums.v0 / divisor, sums.v1 / divisor, sums.v2 / divisor, sums.v3 / divisor};
 }
 
 template <class A>
 [[gnu::always_inline]] inline void writeBlock(const Block<typename A::Sum>& sums, const ConvolutionQuotient& q,
                                               std::uint8_t* out, std::size_t room) {
-  constexpr std::size_t lanes = kLanes<F32>;
-  std::uint8_t rest[kBlock * lanes];
-  std::uint8_t* const to = room < sizeof rest ? rest : out;
-  writeVector<A>(sums.v0, q, to);
-  writeVector<A>(sums.v1, q, to + lanes);
-  writeVector<A>(sums.v2, q, to + 2 * lanes);
-  writeVector<A>(sums.v3, q, to + 3 * lanes);
-  if (to == rest) std::memcpy(out, rest, room);
+  const Block<F32> values = {A::value(sums.v0), A::value(sums.v1), A::value(sums.v2), A::value(sums.v3)};
+  const Block<F32> v = quotients(values, q);
+  std::uint8_t rest[kBlock * kLanes<F32>];
+  if (room >= sizeof rest) return storeBytes(v, out);
+  storeBytes(v, rest);
+  std::memcpy(out, rest, room);
 }
 
-template <class A, int results>
+template <class A, int taps, int results>
 void convolveResults(const ConvolutionRows& rows) {
   constexpr std::size_t step = kBlock * kLanes<F32>;
   static_assert(step <= ConvolutionRows::kSlack);
   const ConvolutionQuotient q = rows.quotient;
   for (std::size_t i = 0; i < rows.count; i += step) {
-    const Sums<A> sums = sumsAt<A, results>(rows, i);
+    const Sums<A> sums = sumsAt<A, taps, results>(rows, i);
     writeBlock<A>(sums.first, q, rows.out[0] + i, rows.count - i);
     if constexpr (results > 1) {
       writeBlock<A>(sums.second, q, rows.out[1] + i, rows.count - i);
@@ -198,10 +237,13 @@ void convolveResults(const ConvolutionRows& rows) {
 
 template <class A>
 void convolve(const ConvolutionRows& rows) {
-  if (rows.results == 1)
-    convolveResults<A, 1>(rows);
-  else
-    convolveResults<A, ConvolutionRows::kMostResults>(rows);
+  constexpr int most = ConvolutionRows::kMostResults;
+  const auto stride = static_cast<int>(rows.weightStride < 8 ? rows.weightStride : 0);
+  if (rows.results == 1) return convolveResults<A, 0, 1>(rows);
+  if (stride == A::kUnrolled[0]) return convolveResults<A, A::kUnrolled[0], most>(rows);
+  if (stride == A::kUnrolled[1]) return convolveResults<A, A::kUnrolled[1], most>(rows);
+  if (stride == A::kUnrolled[2]) return convolveResults<A, A::kUnrolled[2], most>(rows);
+  convolveResults<A, 0, most>(rows);
 }
 
 template <class A>
