@@ -1,0 +1,22 @@
+#pragma once
+
+#include "filters/ConvolutionKernel.h"
+#include "kernels/Convolution.h"
+
+#include <vector>
+
+namespace qav {
+
+/// How a kernel of the caller's is best run so that every byte comes out as from single-precision sums tap by tap.
+struct ConvolutionPlan {
+  const kernels::ConvolutionArithmetic* arithmetic;
+  kernels::ConvolutionQuotient quotient;
+  std::vector<std::uint32_t> weights;  ///< (2 reachY + 1) rows of lanes
+  std::size_t weightStride;
+};
+
+/// `reachX` and `reachY` are how far taps may lie from a pixel, at most the kernel's half; taps beyond are left out.
+/// `sum` is the sum of all weights and must be finite.
+ConvolutionPlan planConvolution(const ConvolutionKernel& kernel, float sum, std::int64_t reachX, std::int64_t reachY);
+
+}  // namespace qav

@@ -1,0 +1,58 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+namespace qav::kernels {
+
+/// How a channel's sum becomes a byte: the quotient by `divisor` in single precision, truncated and clamped to 0..255,
+/// not-a-number as 0.
+struct ConvolutionQuotient {
+  enum Way : std::int32_t {
+    Multiply,  ///< (sum + bias) * reciprocal truncates to the same byte for every sum there can be
+    Check,     ///< sum * reciprocal does, unless it comes near a whole number; those quotients are divided
+    Divide,
+  };
+  Way way;
+  float divisor;
+  float reciprocal;
+  float bias;
+};
+
+/// One row of results of a convolution of RGBA samples, or three neighbouring ones if the kernel has at least three.
+/// Source samples stand in lanes of 32 bits, which hold one or more taps; so do the weights.
+struct ConvolutionRows {
+  static constexpr int kMostResults = 3;
+  /// Samples that lanes are readable for beyond those that the taps of the last sample need.
+  static constexpr std::size_t kSlack = 128;
+
+  const std::uint32_t* const* rows;  ///< source rows from top to bottom; sample i's first tap is in rows[r][i]
+  std::ptrdiff_t rowCount;
+  const std::uint32_t* weights;  ///< all rows of the kernel
+  std::ptrdiff_t weightRows;
+  std::size_t weightStride;       ///< lanes of a row of the kernel
+  std::ptrdiff_t firstWeightRow;  ///< that weighs the first source row for the first result; each next one is one less
+  int results;                    ///< 1 or kMostResults
+  std::uint8_t* const* out;
+  std::size_t count;  ///< samples of a row
+  ConvolutionQuotient quotient;
+};
+
+/// One way to hold taps in lanes.
+struct ConvolutionArithmetic {
+  int tapsPerLane;  ///< lane i holds the samples i, i + 4, i + 8 ...; 0 when this level does not have it
+  /// Lanes from bytes, which are readable for 64 bytes behind the last sample.
+  void (*widen)(const std::uint8_t* bytes, std::size_t count, std::uint32_t* lanes);
+  void (*convolve)(const ConvolutionRows& rows);
+};
+
+/// Taps are summed in the kernel's order, a product and a sum at a time.
+struct ConvolutionKernels {
+  ConvolutionArithmetic floats;  ///< single precision, every product and sum rounded
+  ConvolutionArithmetic pairs;   ///< weights of 16 bits
+  ConvolutionArithmetic quads;   ///< weights of 8 bits
+};
+
+const ConvolutionKernels& convolutionKernels() noexcept;
+
+}  // namespace qav::kernels

@@ -1,0 +1,261 @@
+#include "kernels/Convolution.h"
+
+#include <type_traits>
+
+#include "RegionBegin.h"
+
+#include "Vector.h"
+
+namespace {
+
+struct Floats {
+  using Sum = F32;
+  static constexpr int kTaps = 1;
+  static constexpr int kUnrolled[] = {3, 5, 7};
+  [[gnu::always_inline]] static U32 widened(const std::uint8_t* at) { return (U32)toFloat(loadWidened32(at)); }
+  [[gnu::always_inline]] static Sum added(Sum sum, U32 samples, U32 weights) {
+    return sum + (F32)weights * (F32)samples;
+  }
+  [[gnu::always_inline]] static F32 value(Sum sum) { return sum; }
+};
+
+struct Pairs {
+  using Sum = I32;
+  static constexpr int kTaps = 2;
+  static constexpr int kUnrolled[] = {2, 3, 4};
+  [[gnu::always_inline]] static U32 widened(const std::uint8_t* at) {
+    return (U32)(loadWidened32(at) | loadWidened32(at + 4) << 16);
+  }
+  [[gnu::always_inline]] static Sum added(Sum sum, U32 samples, U32 weights) {
+#if QAV_KERNEL_LEVEL >= 3
+    return (I32)_mm512_dpwssd_epi32((__m512i)sum, (__m512i)samples, (__m512i)weights);
+#else
+    return sum + multiplyAddPairs((I16)samples, (I16)weights);
+#endif
+  }
+  [[gnu::always_inline]] static F32 value(Sum sum) { return toFloat(sum); }
+};
+
+#if QAV_KERNEL_LEVEL >= 3
+struct Quads {
+  using Sum = I32;
+  static constexpr int kTaps = 4;
+  static constexpr int kUnrolled[] = {1, 2, 3};
+  [[gnu::always_inline]] static U32 widened(const std::uint8_t* at) {
+    const __m512i lane =
+        _mm512_add_epi32(_mm512_mullo_epi32(_mm512_setr_epi32(0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15),
+                                            _mm512_set1_epi32(0x01010101)),
+                         _mm512_set1_epi32(0x0C080400));
+    return (U32)_mm512_permutexvar_epi8(lane, _mm512_loadu_si512(at));
+  }
+  [[gnu::always_inline]] static Sum added(Sum sum, U32 samples, U32 weights) {
+    return (I32)_mm512_dpbusd_epi32((__m512i)sum, (__m512i)samples, (__m512i)weights);
+  }
+  [[gnu::always_inline]] static F32 value(Sum sum) { return toFloat(sum); }
+};
+#endif
+
+template <class A>
+void widen(const std::uint8_t* bytes, std::size_t count, std::uint32_t* lanes) {
+  for (std::size_t i = 0; i < count; i += kLanes<U32>) store(lanes + i, A::widened(bytes + i));
+}
+
+// Four vectors of each row of results are summed at the same time: every load serves all rows, and the sums are enough
+// to hide the latency of the additions. They are members by name, as the compiler keeps arrays in memory.
+inline constexpr int kBlock = 4;
+
+template <class V>
+struct Block {
+  V v0, v1, v2, v3;
+};
+
+// Has a value in a register at this point of the program, in the order written. The compiler would otherwise read a
+// sample from memory again for every row of results, and gather all reads of a row before all sums, with more values
+// alive than there are registers.
+template <class V>
+[[gnu::always_inline]] inline V inRegister(V v) {
+#if QAV_KERNEL_LEVEL >= 2
+  __asm__ volatile("" : "+v"(v));
+#elif QAV_KERNEL_LEVEL == 1
+  __asm__ volatile("" : "+x"(v));
+#endif
+  return v;
+}
+
+template <class A>
+[[gnu::always_inline]] inline void addTap(Block<typename A::Sum>& sums, const Block<U32>& samples, std::uint32_t tap) {
+  const U32 weight = inRegister(splat<U32>(tap));
+  sums.v0 = inRegister(A::added(sums.v0, samples.v0, weight));
+  sums.v1 = inRegister(A::added(sums.v1, samples.v1, weight));
+  sums.v2 = inRegister(A::added(sums.v2, samples.v2, weight));
+  sums.v3 = inRegister(A::added(sums.v3, samples.v3, weight));
+}
+
+[[gnu::always_inline]] inline Block<U32> samplesAt(const std::uint32_t* at) {
+  constexpr std::size_t lanes = kLanes<U32>;
+  return {inRegister(load<U32>(at)), inRegister(load<U32>(at + lanes)), inRegister(load<U32>(at + 2 * lanes)),
+          inRegister(load<U32>(at + 3 * lanes))};
+}
+
+template <class A>
+struct Sums {
+  Block<typename A::Sum> first, second, third;
+};
+
+template <class A, int from, int to>
+[[gnu::always_inline]] inline void addTaps(Sums<A>& sums, const std::uint32_t* at, const std::uint32_t* weights,
+                                           std::ptrdiff_t stride) {
+  const Block<U32> samples = samplesAt(at);
+  if constexpr (from == 0) addTap<A>(sums.first, samples, weights[0]);
+  if constexpr (from <= 1 && to >= 1) addTap<A>(sums.second, samples, weights[-stride]);
+  if constexpr (to == 2) addTap<A>(sums.third, samples, weights[-2 * stride]);
+}
+
+// Adds one source row's taps to the results `from` to `to`. `taps` is how many lanes of weights a row has, or 0 when
+// the loop is not unrolled.
+template <class A, int taps, int from, int to>
+[[gnu::always_inline]] inline void addRow(Sums<A>& sums, const std::uint32_t* at, const std::uint32_t* weights,
+                                          std::ptrdiff_t stride) {
+  if constexpr (taps > 0) {
+#pragma GCC unroll 8
+    for (int t = 0; t < taps; ++t) addTaps<A, from, to>(sums, at + 4 * A::kTaps * t, weights + t, taps);
+  } else {
+    for (std::ptrdiff_t t = 0; t < stride; ++t) addTaps<A, from, to>(sums, at + 4 * A::kTaps * t, weights + t, stride);
+  }
+}
+
+[[gnu::always_inline]] inline std::ptrdiff_t least(std::ptrdiff_t a, std::ptrdiff_t b) { return a < b ? a : b; }
+
+// A source row has the weights of row `top` of the kernel in the first result, of the row above that in the second, and
+// so on; where the kernel has no such row it takes no part.
+template <class A, int taps, int results>
+[[gnu::always_inline]] inline Sums<A> sumsAt(const ConvolutionRows& c, std::size_t i) {
+  Sums<A> sums{};
+  const std::uint32_t* const* row = c.rows;
+  const auto stride = static_cast<std::ptrdiff_t>(c.weightStride);
+  std::ptrdiff_t top = c.firstWeightRow;
+  const std::ptrdiff_t end = top + c.rowCount;
+  const std::uint32_t* weights = c.weights + top * stride;
+  if constexpr (results == 1) {
+    for (; top < end; ++top, weights += stride) addRow<A, taps, 0, 0>(sums, *row++ + i, weights, stride);
+  } else {
+    const std::ptrdiff_t all = least(end, c.weightRows), most = least(end, c.weightRows + 1);
+    for (; top < least(end, 1); ++top, weights += stride) addRow<A, taps, 0, 0>(sums, *row++ + i, weights, stride);
+    for (; top < least(end, 2); ++top, weights += stride) addRow<A, taps, 0, 1>(sums, *row++ + i, weights, stride);
+    for (; top < all; ++top, weights += stride) addRow<A, taps, 0, 2>(sums, *row++ + i, weights, stride);
+    for (; top < most; ++top, weights += stride) addRow<A, taps, 1, 2>(sums, *row++ + i, weights, stride);
+    for (; top < end; ++top, weights += stride) addRow<A, taps, 2, 2>(sums, *row++ + i, weights, stride);
+  }
+  return sums;
+}
+
+// The estimate is off by less than 3 parts in 2^24 from the rounded quotient, both below 256 where it matters; so it
+// truncates alike unless it lies within 2^-14 of a whole number above 0. True if any lane does.
+[[gnu::always_inline]] inline bool nearWholeNumber(F32 estimate) {
+  constexpr float margin = 1.0f / 16384;
+  const F32 above = max(estimate, splat<F32>(0.5f)) + splat<F32>(margin);
+#if QAV_KERNEL_LEVEL >= 2
+  const __m512 fraction = _mm512_reduce_ps((__m512)above, _MM_FROUND_TO_NEG_INF | _MM_FROUND_NO_EXC);
+  return _mm512_cmplt_ps_mask(fraction, _mm512_set1_ps(2 * margin)) != 0;
+#elif QAV_KERNEL_LEVEL == 1
+  const __m256 fraction = _mm256_sub_ps((__m256)above, _mm256_floor_ps((__m256)above));
+  return _mm256_movemask_ps(_mm256_cmp_ps(fraction, _mm256_set1_ps(2 * margin), _CMP_LT_OQ)) != 0;
+#else
+  const F32 within = min(above, splat<F32>(256.0f));
+  const F32 fraction = within - toFloat(truncate(within));
+  std::int32_t any = 0;
+  for (std::size_t i = 0; i < kLanes<F32>; ++i) any |= fraction[i] < 2 * margin;
+  return any != 0;
+#endif
+}
+
+#if QAV_KERNEL_LEVEL >= 2
+// Conversions that cannot be done give the least number, and packing clamps from below. In this order of arguments
+// min() keeps not-a-number, which becomes 0 so.
+[[gnu::always_inline]] inline __m512i wholeUpTo255(F32 v) {
+  return _mm512_cvttps_epi32((__m512)min(splat<F32>(255.0f), v));
+}
+#else
+// In this order of arguments max() turns not-a-number into 0.
+[[gnu::always_inline]] inline void storeVector(std::uint8_t* to, F32 v) {
+  storeNarrowed(to, truncate(min(max(v, F32{}), splat<F32>(255.0f))));
+}
+#endif
+
+// Truncates and clamps to bytes.
+[[gnu::always_inline]] inline void storeBytes(const Block<F32>& v, std::uint8_t* out) {
+#if QAV_KERNEL_LEVEL >= 2
+  const __m512i low = _mm512_packus_epi32(wholeUpTo255(v.v0), wholeUpTo255(v.v1));
+  const __m512i high = _mm512_packus_epi32(wholeUpTo255(v.v2), wholeUpTo255(v.v3));
+  const __m512i order = _mm512_setr_epi32(0, 4, 8, 12, 1, 5, 9, 13, 2, 6, 10, 14, 3, 7, 11, 15);
+  _mm512_storeu_si512(out, _mm512_permutexvar_epi32(order, _mm512_packus_epi16(low, high)));
+#else
+  storeVector(out, v.v0);
+  storeVector(out + kLanes<F32>, v.v1);
+  storeVector(out + 2 * kLanes<F32>, v.v2);
+  storeVector(out + 3 * kLanes<F32>, v.v3);
+#endif
+}
+
+[[gnu::always_inline]] inline Block<F32> quotients(const Block<F32>& sums, const ConvolutionQuotient& q) {
+  if (q.way != ConvolutionQuotient::Divide) {
+    const F32 reciprocal = splat<F32>(q.reciprocal), bias = splat<F32>(q.bias);
+    const Block<F32> v = {(sums.v0 + bias) * reciprocal, (sums.v1 + bias) * reciprocal, (sums.v2 + bias) * reciprocal,
+                          (sums.v3 + bias) * reciprocal};
+    if (q.way == ConvolutionQuotient::Multiply) return v;
+    if (!(nearWholeNumber(v.v0) | nearWholeNumber(v.v1) | nearWholeNumber(v.v2) | nearWholeNumber(v.v3))) return v;
+  }
+  const F32 divisor = splat<F32>(q.divisor);
+  return {sums.v0 / divisor, sums.v1 / divisor, sums.v2 / divisor, sums.v3 / divisor};
+}
+
+template <class A>
+[[gnu::always_inline]] inline void writeBlock(const Block<typename A::Sum>& sums, const ConvolutionQuotient& q,
+                                              std::uint8_t* out, std::size_t room) {
+  const Block<F32> values = {A::value(sums.v0), A::value(sums.v1), A::value(sums.v2), A::value(sums.v3)};
+  const Block<F32> v = quotients(values, q);
+  std::uint8_t rest[kBlock * kLanes<F32>];
+  if (room >= sizeof rest) return storeBytes(v, out);
+  storeBytes(v, rest);
+  std::memcpy(out, rest, room);
+}
+
+template <class A, int taps, int results>
+void convolveResults(const ConvolutionRows& rows) {
+  constexpr std::size_t step = kBlock * kLanes<F32>;
+  static_assert(step <= ConvolutionRows::kSlack);
+  const ConvolutionQuotient q = rows.quotient;
+  for (std::size_t i = 0; i < rows.count; i += step) {
+    const Sums<A> sums = sumsAt<A, taps, results>(rows, i);
+    writeBlock<A>(sums.first, q, rows.out[0] + i, rows.count - i);
+    if constexpr (results > 1) {
+      writeBlock<A>(sums.second, q, rows.out[1] + i, rows.count - i);
+      writeBlock<A>(sums.third, q, rows.out[2] + i, rows.count - i);
+    }
+  }
+}
+
+template <class A>
+void convolve(const ConvolutionRows& rows) {
+  constexpr int most = ConvolutionRows::kMostResults;
+  const auto stride = static_cast<int>(rows.weightStride < 8 ? rows.weightStride : 0);
+  if (rows.results == 1) return convolveResults<A, 0, 1>(rows);
+  if (stride == A::kUnrolled[0]) return convolveResults<A, A::kUnrolled[0], most>(rows);
+  if (stride == A::kUnrolled[1]) return convolveResults<A, A::kUnrolled[1], most>(rows);
+  if (stride == A::kUnrolled[2]) return convolveResults<A, A::kUnrolled[2], most>(rows);
+  convolveResults<A, 0, most>(rows);
+}
+
+template <class A>
+inline constexpr ConvolutionArithmetic kArithmetic = {A::kTaps, &widen<A>, &convolve<A>};
+
+}  // namespace
+
+extern const ConvolutionKernels convolution;
+#if QAV_KERNEL_LEVEL >= 3
+const ConvolutionKernels convolution = {kArithmetic<Floats>, kArithmetic<Pairs>, kArithmetic<Quads>};
+#else
+const ConvolutionKernels convolution = {kArithmetic<Floats>, kArithmetic<Pairs>, {}};
+#endif
+
+#include "RegionEnd.h"

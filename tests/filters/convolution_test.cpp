@@ -1,0 +1,158 @@
+#include <QAVMMediaImageProcessor.h>
+
+#include "support/GuardedBytes.h"
+#include "support/Images.h"
+#include "support/Levels.h"
+
+#include <cmath>
+#include <limits>
+
+namespace qav::test {
+namespace {
+
+using Processor = QAVMMediaImageProcessor;
+
+// The direct loop over pixels, channels and taps.
+std::vector<std::uint8_t> convolved(const std::vector<std::uint8_t>& source, int width, int height, int taps,
+                                    const std::vector<float>& kernel) {
+  std::vector<std::uint8_t> out(source.size());
+  for (int y = 0; y < height; ++y)
+    for (int x = 0; x < width; ++x)
+      for (int k = 0; k < 4; ++k) {
+        volatile float sum = 0.0f, weights = 0.0f;
+        std::size_t tap = 0;
+        for (int r = y - taps / 2; r <= y + taps / 2; ++r)
+          for (int c = x - taps / 2; c <= x + taps / 2; ++c) {
+            const float weight = kernel[tap++];
+            weights = weights + weight;
+            if (r < 0 || r >= height || c < 0 || c >= width) continue;
+            const volatile float product = weight * source[static_cast<std::size_t>((r * width + c) * 4 + k)];
+            sum = sum + product;
+          }
+        const float v = sum / weights;
+        out[static_cast<std::size_t>((y * width + x) * 4 + k)] = static_cast<std::uint8_t>(std::isnan(v) || v < 0 ? 0
+                                                                                           : v > 255              ? 255
+                                                                                                                  : v);
+      }
+  return out;
+}
+
+enum class Weights { Any, Whole, Dyadic, Uniform, ZeroSum, Tiny, Huge, NotFinite, kCount };
+
+std::vector<float> randomKernel(Weights kind, int taps, std::mt19937& random) {
+  std::uniform_real_distribution<float> any(-1.0f, 2.0f);
+  const float inverse = 1.0f / static_cast<float>(taps * taps);
+  std::vector<float> kernel(static_cast<std::size_t>(taps * taps));
+  float rest = 0.0f;
+  for (float& w : kernel) {
+    w = any(random);
+    if (kind == Weights::Uniform) w = inverse;
+    if (kind == Weights::Whole || kind == Weights::ZeroSum) w = std::round(w * 4);
+    if (kind == Weights::Dyadic) w = std::round(w * 64) / 256;
+    if (kind == Weights::Tiny) w *= 1e-42f;
+    if (kind == Weights::Huge) w *= 2e36f;
+    if (kind == Weights::Any && random() % 4 == 0) w = 0.0f;
+    rest += w;
+  }
+  float& middle = kernel[kernel.size() / 2];
+  if (kind == Weights::ZeroSum) middle -= rest;
+  if (kind == Weights::NotFinite)
+    middle = random() % 2 ? std::numeric_limits<float>::infinity() : std::numeric_limits<float>::quiet_NaN();
+  return kernel;
+}
+
+TEST(Convolution, EveryKernelGivesTheDirectLoop) {
+  std::mt19937 random(6);
+  atEveryLevel([&] {
+    for (int round = 0; round < 400; ++round) {
+      const int taps = 1 + 2 * static_cast<int>(random() % (round % 9 ? 4 : 9));
+      const int width = 1 + static_cast<int>(random() % 70), height = 1 + static_cast<int>(random() % 9);
+      const auto kind = static_cast<Weights>(random() % static_cast<unsigned>(Weights::kCount));
+      const auto kernel = randomKernel(kind, taps, random);
+      const Image image = randomImage(width, height, RGBA8888, random, kTextures[random() % 4]);
+      const auto expected = convolved(bytesOf(*image), width, height, taps, kernel);
+      ASSERT_EQ(Processor::LinearConvolveMatrix(*image, taps, kernel.data()), S_OK);
+      ASSERT_EQ(bytesOf(*image), expected)
+          << taps << " taps of kind " << static_cast<int>(kind) << ", " << width << "x" << height;
+    }
+  });
+}
+
+TEST(Convolution, SizesOfTheBufferCall) {
+  std::mt19937 random(7);
+  const auto kernel = randomKernel(Weights::Any, 5, random);
+  const auto source = bytesOf(*randomImage(6, 5, RGBA8888, random));
+  const struct { int kernelSize, taps; } cases[] = {{0, 1}, {1, 1}, {-1, 1}, {2, 3}, {3, 3}, {4, 5}, {5, 5}};
+  for (const auto& c : cases) {
+    GuardedBytes buffer(source.size());
+    std::copy(source.begin(), source.end(), buffer.data());
+    EXPECT_EQ(Processor::LinearConvolveMatrixRGBA(buffer.data(), 6, 5, c.kernelSize, kernel.data()), S_OK);
+    EXPECT_EQ(buffer.bytes(), convolved(source, 6, 5, c.taps, kernel)) << c.kernelSize;
+    EXPECT_TRUE(buffer.guardsIntact());
+  }
+  for (int kernelSize : {-2, -3, std::numeric_limits<int>::min()}) {  // no weights: 0 / 0
+    auto bytes = source;
+    EXPECT_EQ(Processor::LinearConvolveMatrixRGBA(bytes.data(), 6, 5, kernelSize, kernel.data()), S_OK);
+    EXPECT_EQ(bytes, std::vector<std::uint8_t>(source.size(), 0));
+  }
+}
+
+TEST(Convolution, SinglePixelsFromAnyRowAndColumn) {
+  std::mt19937 random(8);
+  const auto kernel = randomKernel(Weights::Any, 3, random);
+  auto source = bytesOf(*randomImage(4, 3, RGBA8888, random));
+  const auto whole = convolved(source, 4, 3, 3, kernel);
+  constexpr int least = std::numeric_limits<int>::min(), most = std::numeric_limits<int>::max();
+  for (int row : {least, -2, -1, 0, 1, 2, 3, most})
+    for (int column : {least, -5, -1, 0, 2, 3, 4, 5, most}) {
+      const std::int64_t index = std::int64_t{row} * 4 + column;
+      const bool exists = index >= 0 && index < 12;
+      float channels[4] = {9, 9, 9, 9};
+      Processor::GetPixelRGBA(row, column, 4, 3, source.data(), channels[0], channels[1], channels[2], channels[3]);
+      GuardedBytes out(source.size());
+      const auto untouched = out.bytes();
+      EXPECT_EQ(Processor::ApplyKernelRGBA(row, column, 4, 3, 3, kernel.data(), source.data(), out.data()), S_OK);
+      EXPECT_TRUE(out.guardsIntact());
+      EXPECT_EQ(out.bytes() != untouched, exists) << row << ", " << column;
+      for (std::size_t k = 0; k < 4; ++k) {
+        const auto at = static_cast<std::size_t>(index) * 4 + k;
+        EXPECT_EQ(channels[k], exists ? source[at] : 0.0f);
+        if (exists && column >= 0 && column < 4) {
+          EXPECT_EQ(out.bytes()[at], whole[at]) << row << ", " << column;
+        }
+      }
+    }
+  float red = 9, green = 9, blue = 9, alpha = 9;
+  Processor::GetPixelRGBA(0, 0, 4, 3, nullptr, red, green, blue, alpha);
+  EXPECT_EQ(red + green + blue + alpha, 0.0f);
+  EXPECT_EQ(Processor::ApplyKernelRGBA(0, 0, 4, 3, 3, kernel.data(), source.data(), nullptr), S_OK);
+  EXPECT_EQ(Processor::ApplyKernelRGBA(0, 0, 4, 3, 3, nullptr, source.data(), source.data()), E_FAIL);
+  EXPECT_EQ(Processor::ApplyKernelRGBA(0, 0, 4, 3, 3, kernel.data(), nullptr, source.data()), E_FAIL);
+}
+
+TEST(Convolution, RefusalsInOrder) {
+  const std::vector<float> kernel(9, 1.0f);
+  for (QAVPixelImageFormat format : kAllFormats) {
+    const Image image = makeImage(3, 3, format);
+    EXPECT_EQ(Processor::LinearConvolveMatrix(*image, 2, kernel.data()), E_FAIL);
+    EXPECT_EQ(Processor::LinearConvolveMatrix(*image, 0, kernel.data()), E_FAIL);
+    EXPECT_EQ(Processor::LinearConvolveMatrix(*image, 3, kernel.data()), format <= RGBA8888 ? S_OK : E_FAIL) << format;
+    EXPECT_EQ(Processor::LinearConvolveMatrix(*image, 3, nullptr), format < RGBA8888 ? S_OK : E_FAIL) << format;
+    EXPECT_EQ(Processor::LinearConvolveMatrix(*makeImage(0, 3, format), 3, kernel.data()), E_FAIL) << format;
+  }
+  const Image grey = imageOf(2, 1, L8, {3, 200});
+  EXPECT_EQ(Processor::LinearConvolveMatrix(*grey, 3, kernel.data()), S_OK);
+  EXPECT_EQ(bytesOf(*grey), (std::vector<std::uint8_t>{3, 200}));
+  EXPECT_EQ(Processor::LinearConvolveMatrix(*Image(new ReadOnlyImage(2, 2, L8)), 3, kernel.data()), E_FAIL);
+
+  unsigned char pixel[4] = {1, 2, 3, 4};
+  float weights[9] = {};
+  EXPECT_EQ(Processor::LinearConvolveMatrixRGBA(nullptr, 1, 1, 3, weights), E_FAIL);
+  EXPECT_EQ(Processor::LinearConvolveMatrixRGBA(pixel, 1, 1, 3, nullptr), E_FAIL);
+  EXPECT_EQ(Processor::LinearConvolveMatrixRGBA(pixel, 0, 1, 3, weights), S_OK);
+  EXPECT_EQ(Processor::LinearConvolveMatrixRGBA(pixel, 1, -7, 3, weights), S_OK);
+  EXPECT_EQ(pixel[0], 1);
+}
+
+}  // namespace
+}  // namespace qav::test
