@@ -31,6 +31,16 @@ class QAV_EXPORT QAVMMPIPixelIterator {
   /// The colour at the position.
   virtual void GetColor(QAVMMPIPixelColor& colour) const = 0;
 
+  // Whole runs at once. None of these moves the position.
+  virtual void GetPosition(int& x, int& y) const = 0;
+  /// How many pixels, from the position to the right, have the colour `colour` (HasSameColorWithSameSpecThan) before
+  /// the first that has not; `limit` and the end of the row end the count too.
+  virtual int CountSameColorRight(const QAVMMPIPixelColor& colour, int limit) const = 0;
+  /// The same to the left, to the start of the row.
+  virtual int CountSameColorLeft(const QAVMMPIPixelColor& colour, int limit) const = 0;
+  /// The same down the column, to the last row.
+  virtual int CountSameColorDown(const QAVMMPIPixelColor& colour, int limit) const = 0;
+
  protected:
   virtual ~QAVMMPIPixelIterator();
 };

@@ -5,6 +5,7 @@
 #include <QAVMMPIPixelImageAccess.h>
 
 #include <algorithm>
+#include <cstring>
 
 namespace {
 
@@ -36,6 +37,7 @@ class PixelRows {
   }
 
   const ImageSize& Size() const { return size_; }
+  bool IsBitonal() const { return bitonal_; }
   bool IsEmpty() const { return size_.pixels() == 0 || !(bitonal_ || pixels_); }
   PixelLayout Layout() const { return layout_; }
   std::size_t RowSamples() const {
@@ -75,6 +77,27 @@ bool sameRow(PixelLayout layout, const unsigned char* first, const unsigned char
   return sameSamples<float>(first, second, samples);
 }
 
+// How many of `count` pixels, `step` bytes apart from `first` on, have the channels `channels`. A pixel with the bytes
+// of the one before it is the same without another look; floating-point samples are equal by value, not by bytes.
+int runOf(const std::array<float, 4>& channels, PixelLayout layout, const unsigned char* first, int count,
+          std::ptrdiff_t step) {
+  constexpr int kBlock = 32;
+  const auto bytes = static_cast<std::size_t>(layout.bytesPerPixel());
+  const bool adjacent = step == layout.bytesPerPixel();
+  int run = 0;
+  while (run < count) {
+    const unsigned char* const pixel = first + run * step;
+    const bool block = adjacent && run > 0 && count - run >= kBlock;
+    if (block && std::memcmp(pixel, pixel - bytes, kBlock * bytes) == 0) {
+      run += kBlock;
+      continue;
+    }
+    for (const int end = block ? run + kBlock : run + 1; run < end; ++run)
+      if (channelsOf(layout, first + run * step) != channels) return run;
+  }
+  return run;
+}
+
 class RasterIterator final : public QAVMMPIPixelIterator {
  public:
   explicit RasterIterator(const QAVPixelImage& image) : rows_(image), spec_(image.getSpec()) {}
@@ -98,15 +121,43 @@ class RasterIterator final : public QAVMMPIPixelIterator {
   bool StepDown() override { return GoTo(x_, y_ + 1); }
   int CompareRows(int row, int referenceRow) override {
     if (!IsInside(row) || !IsInside(referenceRow) || IsEmpty()) return -1;
-    const std::size_t bytes = rows_.RowSamples() * static_cast<std::size_t>(rows_.Layout().bytesPerChannel);
-    reference_.assign(rows_.Row(referenceRow), rows_.Row(referenceRow) + bytes);
-    return sameRow(rows_.Layout(), rows_.Row(row), reference_.data(), rows_.RowSamples()) ? 0 : 1;
+    const unsigned char* reference = rows_.Row(referenceRow);
+    if (rows_.IsBitonal()) {
+      reference_.assign(reference, reference + rows_.RowSamples());
+      reference = reference_.data();
+    }
+    return sameRow(rows_.Layout(), rows_.Row(row), reference, rows_.RowSamples()) ? 0 : 1;
   }
   void GetColor(QAVMMPIPixelColor& colour) const override {
     if (!IsEmpty()) colour.Set(spec_, rows_.Channels(x_, y_));
   }
+  void GetPosition(int& x, int& y) const override {
+    x = x_;
+    y = y_;
+  }
+  int CountSameColorRight(const QAVMMPIPixelColor& colour, int limit) const override {
+    return CountRow(colour, std::min(limit, rows_.Size().width - x_), 1);
+  }
+  int CountSameColorLeft(const QAVMMPIPixelColor& colour, int limit) const override {
+    return CountRow(colour, std::min(limit, x_ + 1), -1);
+  }
+  int CountSameColorDown(const QAVMMPIPixelColor& colour, int limit) const override {
+    if (IsEmpty() || !HasSpecOf(colour)) return 0;
+    const int count = std::min(limit, rows_.Size().height - y_);
+    int run = 0;
+    while (run < count && rows_.Channels(x_, y_ + run) == colour.GetChannels()) ++run;
+    return run;
+  }
 
  private:
+  bool HasSpecOf(const QAVMMPIPixelColor& colour) const {
+    return QAVMMPIPixelColor(spec_, {}).HasSameSpecThan(colour);
+  }
+  int CountRow(const QAVMMPIPixelColor& colour, int count, int direction) const {
+    if (IsEmpty() || count <= 0 || !HasSpecOf(colour)) return 0;
+    const std::ptrdiff_t bytes = rows_.Layout().bytesPerPixel();
+    return runOf(colour.GetChannels(), rows_.Layout(), rows_.Row(y_) + x_ * bytes, count, direction * bytes);
+  }
   bool IsInside(int row) const { return row >= 0 && row < rows_.Size().height; }
 
   PixelRows rows_;
