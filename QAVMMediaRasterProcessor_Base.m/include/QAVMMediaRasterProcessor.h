@@ -9,6 +9,7 @@
 #include <QAVBlockRasterFile.h>
 #include <QAVCheck.h>
 #include <QAVMMIColorRamp.h>
+#include <QAVMMICropping.h>
 #include <QAVMMediaImageFormat.h>
 #include <QAVMMediaImageProcessor.h>
 #include <QAVMMediaRasterVersion.h>
