@@ -14,6 +14,7 @@
 #include <QAVMMediaImageProcessor.h>
 #include <QAVMMediaRasterVersion.h>
 #include <QAVPixelImage.h>
+#include <QAVPixelImageComparator.h>
 #include <QAVResult.h>
 #include <QAVString.h>
 #include <QAVUnicodeString.h>

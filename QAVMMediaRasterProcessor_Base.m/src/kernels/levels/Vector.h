@@ -475,6 +475,18 @@ template <class V>
 #endif
 }
 
+[[gnu::always_inline]] inline F64 squareRoot(F64 v) {
+#if QAV_KERNEL_LEVEL >= 2
+  return (F64)_mm512_sqrt_pd((__m512d)v);
+#elif QAV_KERNEL_LEVEL == 1
+  return (F64)_mm256_sqrt_pd((__m256d)v);
+#else
+  F64 r{};
+  for (std::size_t i = 0; i < kLanes<F64>; ++i) r[i] = __builtin_sqrt(v[i]);
+  return r;
+#endif
+}
+
 // Bit i is the sign bit of byte i.
 [[gnu::always_inline]] inline std::uint64_t signBits(U8 v) {
 #if QAV_KERNEL_LEVEL >= 2

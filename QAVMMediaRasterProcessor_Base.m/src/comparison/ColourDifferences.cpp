@@ -1,0 +1,126 @@
+#include "comparison/ColourDifferences.h"
+
+#include "kernels/ColourDifference.h"
+#include "kernels/ColourMatrices.h"
+
+#include <QAVMMColorTransform.h>
+#include <QAVMMPIPixelColorSpec.h>
+#include <QAVMath3x3Matrix.h>
+
+#include <algorithm>
+#include <array>
+#include <memory>
+#include <span>
+
+namespace qav {
+namespace {
+
+using kernels::ColourPairs;
+using Lab = std::array<double, 3>;
+
+struct ReleaseSpace {
+  void operator()(QAVMMPIColorSpace* space) const { space->Release(); }
+};
+using XyzSpace = std::unique_ptr<QAVMMPIColorSpace, ReleaseSpace>;
+
+XyzSpace makeXyzSpace() {
+  XyzSpace space(QAVMMPIColorSpace::CreateColorSpace());
+  space->kind = 10;
+  return space;
+}
+
+Lab plainLab(const QAVMMPIColorSpace& xyzSpace, const unsigned char* rgb) {
+  const double in[3] = {double(rgb[0]), double(rgb[1]), double(rgb[2])};
+  double xyz[3];
+  QAVMath3x3Matrix(kRgbToXyz).Multiply(in, xyz);
+  for (double& component : xyz) component /= 255.0;
+  Lab lab{};
+  QAVMMColorTransform::DoTransformToLab(&xyzSpace, xyz, lab.data());
+  return lab;
+}
+
+// The greys have a chroma of nothing but rounding errors, and yet a hue; beside a colour, that hue shows in the seventh
+// decimal. So their Lab values are those of the plain computation.
+const Lab& greyLab(unsigned char value) {
+  static const std::array<Lab, 256> all = [] {
+    std::array<Lab, 256> labs{};
+    const XyzSpace space = makeXyzSpace();
+    for (unsigned v = 0; v < 256; ++v) {
+      const auto byte = static_cast<unsigned char>(v);
+      const unsigned char rgb[3] = {byte, byte, byte};
+      labs[v] = plainLab(*space, rgb);
+    }
+    return labs;
+  }();
+  return all[value];
+}
+
+// Differing pixels on their way through the kernels.
+class Batch {
+ public:
+  explicit Batch(std::size_t stride) noexcept : stride_(stride) {}
+
+  // At most ColourPairs::kCapacity positions.
+  void Run(const unsigned char* first, const unsigned char* second, std::span<const std::uint32_t> positions,
+           double* differences) {
+    Gather(first, positions, pairs_.rgb[0]);
+    Gather(second, positions, pairs_.rgb[1]);
+    kernels_.toLab(pairs_, positions.size());
+    CorrectGreys(positions.size());
+    kernels_.deltaE2000(pairs_, positions.size());
+    const double* difference = pairs_.difference;
+    for (const std::uint32_t position : positions) {
+      const std::size_t at = position * stride_;
+      differences[position] = *difference < 0.0 ? plainColourDifference(first + at, second + at) : *difference;
+      ++difference;
+    }
+  }
+
+ private:
+  void Gather(const unsigned char* pixels, std::span<const std::uint32_t> positions,
+              std::uint8_t (&rgb)[3][ColourPairs::kCapacity]) const {
+    for (std::size_t i = 0; i < positions.size(); ++i)
+      for (std::size_t channel = 0; channel < 3; ++channel) rgb[channel][i] = pixels[positions[i] * stride_ + channel];
+  }
+  void CorrectGreys(std::size_t count) {
+    for (std::size_t side = 0; side < 2; ++side) {
+      const auto& [red, green, blue] = pairs_.rgb[side];
+      for (std::size_t i = 0; i < count; ++i) {
+        if (red[i] != green[i] || green[i] != blue[i]) continue;
+        for (std::size_t k = 0; k < 3; ++k) pairs_.lab[side][k][i] = greyLab(red[i])[k];
+      }
+    }
+  }
+
+  const kernels::ColourDifferenceKernels& kernels_ = kernels::colourDifferenceKernels();
+  std::size_t stride_;
+  ColourPairs pairs_{};
+};
+
+}  // namespace
+
+double plainColourDifference(const unsigned char* first, const unsigned char* second) {
+  static constexpr double kWeights[3] = {1.0, 1.0, 1.0};
+  const XyzSpace space = makeXyzSpace();
+  const Lab a = plainLab(*space, first), b = plainLab(*space, second);
+  double difference = 0.0;
+  QAVMMColorTransform::ComputeDeltaE(a.data(), b.data(), DELTA_E_CIEDE2000, difference, 3.0, kWeights);
+  return difference;
+}
+
+void colourDifferences(const unsigned char* first, const unsigned char* second, std::size_t pixels, std::size_t stride,
+                       double* differences) {
+  constexpr std::size_t kStrip = 4096;
+  std::uint32_t positions[kStrip];
+  Batch batch(stride);
+  for (std::size_t from = 0; from < pixels; from += kStrip) {
+    const std::size_t count = std::min(kStrip, pixels - from);
+    const unsigned char *const a = first + from * stride, *const b = second + from * stride;
+    const std::size_t different = kernels::colourDifferenceKernels().findDifferent(a, b, count, stride, positions);
+    std::fill_n(differences + from, count, 0.0);
+    for (std::size_t i = 0; i < different; i += ColourPairs::kCapacity)
+      batch.Run(a, b, {positions + i, std::min(ColourPairs::kCapacity, different - i)}, differences + from);
+  }
+}
+
+}  // namespace qav
