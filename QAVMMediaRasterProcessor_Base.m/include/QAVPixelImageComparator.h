@@ -9,13 +9,14 @@
 /// A pixel whose difference d reaches the threshold (is not below it) is an exceedance. The statistics:
 /// - count: the exceedances; percentage: count * 100 / pixels; mean: of the exceedances;
 /// - deviation: square root of the mean squared distance from the mean (see each operation);
-/// - maximum: the largest exceedance, or with outliers removed the largest entry that remains;
+/// - maximum: the largest exceedance (ImageHDRCompare: the largest of all distances, exceedance or not), or with
+///   outliers removed the largest entry that remains;
 /// - differences: one entry a pixel, row after row, in an array made with `new[]` that the caller frees with
 ///   `delete[]`: 0.0 below the threshold, the difference, or exactly 1000.0 for an outlier.
 ///
 /// With `sigmas` other than 0, an entry further than `sigmas` deviations from the mean is an outlier; entries of 0.0
-/// are put to the same test. With no exceedance, count, percentage, mean and maximum are 0, nothing is an outlier, and
-/// the deviation is not-a-number.
+/// are put to the same test. With no exceedance, count, percentage and mean are 0, the deviation is not-a-number (0 / 0)
+/// and so nothing is an outlier; the maximum of ImageLabCompare is 0.
 ///
 /// The two image-level operations return 1, or 0 and leave every output as it was: for a null image, unequal sizes, a
 /// format that they do not compare, or a second image with fewer bytes a pixel than the first.

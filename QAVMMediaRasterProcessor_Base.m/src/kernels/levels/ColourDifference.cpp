@@ -42,11 +42,6 @@ template <std::size_t n>
   return m * (inverse * inverse) * rootOfScale;
 }
 
-[[gnu::always_inline]] inline F64 toDouble(const std::uint8_t* from) {
-  using Bytes = std::uint8_t __attribute__((vector_size(kPairs)));
-  return __builtin_convertvector(load<Bytes>(from), F64);
-}
-
 // One row of the matrix, over full scale and the white's share, through the Lab curve.
 [[gnu::always_inline]] inline F64 labCurve(F64 red, F64 green, F64 blue, const double* row, double white) {
   const double scale = 1.0 / (255.0 * white);
@@ -60,7 +55,7 @@ void toLab(ColourPairs& pairs, std::size_t count) {
     const auto& rgb = pairs.rgb[side];
     auto& lab = pairs.lab[side];
     for (std::size_t i = 0; i < count; i += kPairs) {
-      const F64 red = toDouble(rgb[0] + i), green = toDouble(rgb[1] + i), blue = toDouble(rgb[2] + i);
+      const F64 red = loadDoubles(rgb[0] + i), green = loadDoubles(rgb[1] + i), blue = loadDoubles(rgb[2] + i);
       const F64 x = labCurve(red, green, blue, kRgbToXyz, 0.95047);
       const F64 y = labCurve(red, green, blue, kRgbToXyz + 3, 1.0);
       const F64 z = labCurve(red, green, blue, kRgbToXyz + 6, 1.08883);

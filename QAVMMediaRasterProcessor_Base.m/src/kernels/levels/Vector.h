@@ -410,6 +410,21 @@ template <class V>
 #endif
 }
 
+// Reads an eighth of a vector of bytes.
+[[gnu::always_inline]] inline F64 loadDoubles(const std::uint8_t* from) {
+#if QAV_KERNEL_LEVEL >= 2
+  return (F64)_mm512_cvtepi32_pd(_mm256_cvtepu8_epi32(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(from))));
+#elif QAV_KERNEL_LEVEL == 1
+  std::int32_t bytes;
+  std::memcpy(&bytes, from, sizeof bytes);
+  return (F64)_mm256_cvtepi32_pd(_mm_cvtepu8_epi32(_mm_cvtsi32_si128(bytes)));
+#else
+  F64 r{};
+  for (std::size_t i = 0; i < kLanes<F64>; ++i) r[i] = from[i];
+  return r;
+#endif
+}
+
 // Writes half a vector of bytes, clamped to 0..255.
 [[gnu::always_inline]] inline void storeNarrowed(std::uint8_t* to, I16 v) {
 #if QAV_KERNEL_LEVEL >= 2
