@@ -65,8 +65,7 @@ class Batch {
            double* differences) {
     Gather(first, positions, pairs_.rgb[0]);
     Gather(second, positions, pairs_.rgb[1]);
-    kernels_.toLab(pairs_, positions.size());
-    CorrectGreys(positions.size());
+    if (kernels_.toLab(pairs_, positions.size())) CorrectGreys(positions.size());
     kernels_.deltaE2000(pairs_, positions.size());
     const double* difference = pairs_.difference;
     for (const std::uint32_t position : positions) {

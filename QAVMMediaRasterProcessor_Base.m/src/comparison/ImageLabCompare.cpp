@@ -1,32 +1,41 @@
 #include <QAVPixelImageComparator.h>
 
+#include "comparison/AscendingOrder.h"
 #include "comparison/ColourDifferences.h"
 #include "comparison/Comparable.h"
 #include "comparison/Statistics.h"
 
 #include <algorithm>
-#include <vector>
 
 namespace {
 
 struct Exceedances {
-  std::vector<double> values;
+  std::size_t count = 0;
   double sum = 0.0;
 };
 
-// Keeps the differences that reach the threshold and makes the others 0.
-Exceedances takeExceedances(std::span<double> differences, double threshold) {
-  Exceedances taken;
-  taken.values.reserve(differences.size());
+// Makes the differences below the threshold 0 and adds up the others.
+void takeExceedances(std::span<double> differences, double threshold, Exceedances& exceedances) {
   for (double& difference : differences) {
-    if (difference < threshold) {
-      difference = 0.0;
-    } else {
-      taken.values.push_back(difference);
-      taken.sum += difference;
-    }
+    const bool below = difference < threshold;
+    exceedances.count += !below;
+    // Adding 0 changes nothing, as no sum of differences is -0.
+    difference = below ? 0.0 : difference;
+    exceedances.sum += difference;
   }
-  return taken;
+}
+
+// Strip by strip, so that what was just written is still in the first-level cache.
+Exceedances measure(const unsigned char* first, const unsigned char* second, std::size_t stride, double threshold,
+                    std::span<double> differences) {
+  constexpr std::size_t kStrip = 2048;
+  Exceedances exceedances;
+  for (std::size_t from = 0; from < differences.size(); from += kStrip) {
+    const auto strip = differences.subspan(from, std::min(kStrip, differences.size() - from));
+    qav::colourDifferences(first + from * stride, second + from * stride, strip.size(), stride, strip.data());
+    takeExceedances(strip, threshold, exceedances);
+  }
+  return exceedances;
 }
 
 }  // namespace
@@ -42,14 +51,13 @@ int QAVPixelImageComparator::ImageLabCompare(QAVPixelImage* first, QAVPixelImage
   const std::size_t pixels = qav::extentOf(*first).pixels();
   std::unique_ptr<double[]> entries(new double[pixels]);
   const std::span<double> all(entries.get(), pixels);
-  qav::colourDifferences(a, b, pixels, static_cast<std::size_t>(stride), entries.get());
+  const Exceedances exceedances = measure(a, b, static_cast<std::size_t>(stride), threshold, all);
+  const auto sorted = qav::ascendingExceedances(all, threshold, exceedances.count);
+  const std::span<const double> values(sorted.get(), exceedances.count);
 
-  Exceedances exceedances = takeExceedances(all, threshold);
-  std::vector<double>& values = exceedances.values;
   count = static_cast<int>(values.size());
   percentage = qav::percentageOf(values.size(), pixels);
   mean = values.empty() ? 0.0 : exceedances.sum / static_cast<double>(values.size());
-  std::sort(values.begin(), values.end());
   median = qav::medianOf(values);
   deviation = qav::deviationFrom(mean, values);
   maximum = values.empty() ? 0.0 : values.back();
