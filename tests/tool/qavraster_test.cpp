@@ -214,6 +214,39 @@ TEST(QavRaster, LeavesNothingBehindWhenItIsStopped) {
   }
 }
 
+TEST(QavRaster, ComparesPictures) {
+  const Folder folder;
+  const Image black = makeImage(4, 2, RGB888), white = copyOf(*black);
+  std::fill_n(white->GetPixelsToModify(), 6, 255);
+  const std::string first = folder / "a.png", second = folder / "b.png", small = folder / "small.png";
+  ASSERT_EQ(black->WriteToFile(first, "PNG"), S_OK);
+  ASSERT_EQ(white->WriteToFile(second, "PNG"), S_OK);
+  ASSERT_EQ(makeImage(1, 1, RGB888)->WriteToFile(small, "PNG"), S_OK);
+
+  Outcome outcome = run({"compare", first, second, "--json"});
+  EXPECT_EQ(outcome.code, 1);
+  EXPECT_EQ(outcome.out.find("{\"count\": 2, \"percentage\": 25, \"mean\": 99.99"), 0u) << outcome.out;
+  outcome = run({"compare", first, second, "--threshold", "101"});
+  EXPECT_EQ(outcome.code, 0);
+  EXPECT_NE(outcome.out.find("deviation   -\n"), std::string::npos) << outcome.out;
+  EXPECT_EQ(folder.files().size(), 3u);
+  EXPECT_EQ(run({"compare", first, first, "--out", folder / "out", "--heat", "--relative"}).code, 0);
+  EXPECT_TRUE(readBack(folder / "out/\\xAbsolutediff_a_a.TIFF") && readBack(folder / "out/\\xRelativediff_a_a.TIFF"));
+  for (const std::string& wrong : {small, folder / "missing"}) EXPECT_EQ(run({"compare", first, wrong}).code, 2);
+}
+
+TEST(QavRaster, TrimsTheBorderOnAllSides) {
+  const Folder folder;
+  const Image inside = makeImage(5, 4, RGBA8888), framed = makeImage(9, 10, RGBA8888);
+  inside->SetTransparency(200);
+  ASSERT_EQ(framed->PasteImage(1, 2, inside.get(), 0), S_OK);
+  ASSERT_EQ(framed->WriteToFile(folder / "in.tif", "TIFF"), S_OK);
+  ASSERT_EQ(run({folder / "in.tif", "--trim", "-o", folder / "out.tif"}).code, 0);
+  const Image trimmed = readBack(folder / "out.tif");
+  ASSERT_TRUE(trimmed);
+  EXPECT_TRUE(bytesOf(*trimmed) == bytesOf(*inside));
+}
+
 TEST(QavRaster, ListsWhatItUnderstands) {
   const Outcome list = run({"--list"});
   EXPECT_EQ(list.code, 0);

@@ -73,6 +73,7 @@ struct Family {
 
 Family pixelFormatFamily();
 Family pointOperationFamily();
+Family croppingFamily();
 
 /// Every family, in the order of `--list`.
 const std::vector<Family>& catalogue();
