@@ -70,13 +70,6 @@ class QAV_EXPORT QAVMMICropping {
                                                   int& top, int& right, int& bottom);
 
  private:
-  struct RowScan;
-
-  bool ReadCorners(QAVMMPIPixelColor* corners);
-  bool TakeRow(const QAVMMPIPixelColor& trim, int y, RowScan& scan);
-  int CountLeadingColumns(const QAVMMPIPixelColor& trim, int top, int bottom);
-  bool HasLastColumn(const QAVMMPIPixelColor& trim, int top, int bottom);
-
   QAVPixelImage* image_;
   int width_ = 0;
   int height_ = 0;

@@ -39,22 +39,6 @@ Lab plainLab(const QAVMMPIColorSpace& xyzSpace, const unsigned char* rgb) {
   return lab;
 }
 
-// The greys have a chroma of nothing but rounding errors, and yet a hue; beside a colour, that hue shows in the seventh
-// decimal. So their Lab values are those of the plain computation.
-const Lab& greyLab(unsigned char value) {
-  static const std::array<Lab, 256> all = [] {
-    std::array<Lab, 256> labs{};
-    const XyzSpace space = makeXyzSpace();
-    for (unsigned v = 0; v < 256; ++v) {
-      const auto byte = static_cast<unsigned char>(v);
-      const unsigned char rgb[3] = {byte, byte, byte};
-      labs[v] = plainLab(*space, rgb);
-    }
-    return labs;
-  }();
-  return all[value];
-}
-
 // Differing pixels on their way through the kernels.
 class Batch {
  public:
@@ -65,7 +49,7 @@ class Batch {
            double* differences) {
     Gather(first, positions, pairs_.rgb[0]);
     Gather(second, positions, pairs_.rgb[1]);
-    if (kernels_.toLab(pairs_, positions.size())) CorrectGreys(positions.size());
+    kernels_.toLab(pairs_, positions.size());
     kernels_.deltaE2000(pairs_, positions.size());
     const double* difference = pairs_.difference;
     for (const std::uint32_t position : positions) {
@@ -81,16 +65,6 @@ class Batch {
     for (std::size_t i = 0; i < positions.size(); ++i)
       for (std::size_t channel = 0; channel < 3; ++channel) rgb[channel][i] = pixels[positions[i] * stride_ + channel];
   }
-  void CorrectGreys(std::size_t count) {
-    for (std::size_t side = 0; side < 2; ++side) {
-      const auto& [red, green, blue] = pairs_.rgb[side];
-      for (std::size_t i = 0; i < count; ++i) {
-        if (red[i] != green[i] || green[i] != blue[i]) continue;
-        for (std::size_t k = 0; k < 3; ++k) pairs_.lab[side][k][i] = greyLab(red[i])[k];
-      }
-    }
-  }
-
   const kernels::ColourDifferenceKernels& kernels_ = kernels::colourDifferenceKernels();
   std::size_t stride_;
   ColourPairs pairs_{};

@@ -17,6 +17,62 @@ bool hasSpec(const QAVPixelImage& image) {
   return spec;
 }
 
+bool readCorners(QAVMMPIPixelIterator& iterator, int width, int height, QAVMMPIPixelColor* corners) {
+  const int places[4][2] = {{0, 0}, {width - 1, 0}, {width - 1, height - 1}, {0, height - 1}};
+  for (int i = 0; i < 4; ++i) {
+    if (!iterator.GoTo(places[i][0], places[i][1])) return false;
+    iterator.GetColor(corners[i]);
+  }
+  return true;
+}
+
+// Looks for whole rows and columns of one colour.
+class BorderScan {
+ public:
+  BorderScan(QAVMMICropping& cropping, QAVMMPIPixelIterator& iterator, int width, const QAVMMPIPixelColor& trim)
+      : cropping_(cropping), iterator_(iterator), width_(width), trim_(trim) {}
+
+  void GoBackward() { backward_ = true; }
+
+  // A row equal to one that has the colour has it too.
+  bool HasRow(int y) {
+    const int difference = reference_ < 0 ? -1 : iterator_.CompareRows(y, reference_);
+    if (difference >= 0) return difference == 0;
+    iterator_.GoTo(backward_ ? width_ - 1 : 0, y);
+    if (!(backward_ ? cropping_.HasPixelImageRowSameColorThan_Backward(trim_)
+                    : cropping_.HasPixelImageRowSameColorThan_Forward(trim_)))
+      return false;
+    if (reference_ < 0) reference_ = y;
+    return true;
+  }
+
+  // How many columns from the left, but for the last one, have the colour. The rows above `top` and below `bottom` have
+  // it throughout, so the shortest run of the others decides.
+  int CountLeadingColumns(int top, int bottom) const {
+    int columns = width_ - 1;
+    for (int y = top; y <= bottom && columns > 0; ++y) {
+      iterator_.GoTo(0, y);
+      columns = iterator_.CountSameColorRight(trim_, columns);
+    }
+    return columns;
+  }
+
+  bool HasLastColumn(int top, int bottom) const {
+    if (top > bottom) return true;
+    iterator_.GoTo(width_ - 1, top);
+    const int rows = bottom - top + 1;
+    return iterator_.CountSameColorDown(trim_, rows) == rows;
+  }
+
+ private:
+  QAVMMICropping& cropping_;
+  QAVMMPIPixelIterator& iterator_;
+  int width_;
+  const QAVMMPIPixelColor& trim_;
+  bool backward_ = false;
+  int reference_ = -1;
+};
+
 }  // namespace
 
 QAVMMICropping::QAVMMICropping(QAVPixelImage& image)
@@ -79,21 +135,12 @@ int QAVMMICropping::HasPixelImageColumnSameColorThan_Backward(const QAVMMPIPixel
   return 1;
 }
 
-bool QAVMMICropping::ReadCorners(QAVMMPIPixelColor* corners) {
-  const int places[4][2] = {{0, 0}, {width_ - 1, 0}, {width_ - 1, height_ - 1}, {0, height_ - 1}};
-  for (int i = 0; i < 4; ++i) {
-    if (!iterator_->GoTo(places[i][0], places[i][1])) return false;
-    iterator_->GetColor(corners[i]);
-  }
-  return true;
-}
-
 int QAVMMICropping::RetrieveCornersColors(int* cornerGroup, QAVMMPIPixelColor*& colours) {
   colours = nullptr;
   if (!IsValid() || !hasReadableCorners(image_->GetFormat())) return 0;
   colours = new QAVMMPIPixelColor[4];
   QAVMMPIPixelColor corners[4];
-  if (!hasSpec(*image_) || !ReadCorners(corners)) return 0;
+  if (!hasSpec(*image_) || !readCorners(*iterator_, width_, height_, corners)) return 0;
   qav::CornerGroups groups{colours, cornerGroup};
   for (int i = 0; i < 4; ++i) groups.Add(i, corners[i]);
   groups.SortBySize();
@@ -113,38 +160,6 @@ int QAVMMICropping::EvalTrimmingColorOnCornersStrategy(QAVMMPIPixelColor& trim) 
   return decided;
 }
 
-// Rows that were taken away so far have the trim colour; any other row equal to one of them has it too.
-struct QAVMMICropping::RowScan {
-  bool backward = false;
-  int reference = -1;
-};
-
-bool QAVMMICropping::TakeRow(const QAVMMPIPixelColor& trim, int y, RowScan& scan) {
-  const int difference = scan.reference < 0 ? -1 : iterator_->CompareRows(y, scan.reference);
-  if (difference >= 0) return difference == 0;
-  iterator_->GoTo(scan.backward ? width_ - 1 : 0, y);
-  if (!(scan.backward ? HasPixelImageRowSameColorThan_Backward(trim) : HasPixelImageRowSameColorThan_Forward(trim)))
-    return false;
-  if (scan.reference < 0) scan.reference = y;
-  return true;
-}
-
-// The rows above `top` and below `bottom` have the colour throughout, so the shortest run of the others decides.
-int QAVMMICropping::CountLeadingColumns(const QAVMMPIPixelColor& trim, int top, int bottom) {
-  int columns = width_ - 1;
-  for (int y = top; y <= bottom && columns > 0; ++y) {
-    iterator_->GoTo(0, y);
-    columns = iterator_->CountSameColorRight(trim, columns);
-  }
-  return columns;
-}
-
-bool QAVMMICropping::HasLastColumn(const QAVMMPIPixelColor& trim, int top, int bottom) {
-  if (!iterator_->GoTo(width_ - 1, top)) return true;
-  const int rows = bottom - top + 1;
-  return iterator_->CountSameColorDown(trim, rows) == rows;
-}
-
 int QAVMMICropping::ComputeCroppingAreaFromTrimmingColor(const QAVMMPIPixelColor& trim, int& left, int& top, int& right,
                                                          int& bottom) {
   if (!IsValid()) return 0;
@@ -153,24 +168,24 @@ int QAVMMICropping::ComputeCroppingAreaFromTrimmingColor(const QAVMMPIPixelColor
   bottom = height_ - 1;
   if (!iterator_->GoTo(0, 0)) return 0;
 
-  RowScan scan;
-  while (top < height_ && TakeRow(trim, top, scan)) ++top;
+  BorderScan scan(*this, *iterator_, width_, trim);
+  while (top < height_ && scan.HasRow(top)) ++top;
   const bool topTaken = top > 0;
   // Against the last row, not the height: an image all of the colour goes on.
   if (top == height_ - 1) {
     left = top = right = bottom = 0;
     return topTaken;
   }
-  scan.backward = true;
-  while (bottom > top && TakeRow(trim, bottom, scan)) --bottom;
+  scan.GoBackward();
+  while (bottom > top && scan.HasRow(bottom)) --bottom;
   const bool rowTaken = topTaken || bottom < height_ - 1;
   if (top == bottom) {
     left = top = right = bottom = 0;
     return rowTaken;
   }
-  left = CountLeadingColumns(trim, top, bottom);
+  left = scan.CountLeadingColumns(top, bottom);
   // The scan from the right looks at the last column again for every step, so it takes all columns or none.
-  if (left < right && HasLastColumn(trim, top, bottom)) right = left;
+  if (left < right && scan.HasLastColumn(top, bottom)) right = left;
   return rowTaken || left > 0 || right < width_ - 1;
 }
 

@@ -50,13 +50,7 @@ template <std::size_t n>
   return t <= kLimit ? t * (841.0 / 108.0) + 16.0 / 116.0 : cubeRoot(t);
 }
 
-bool hasGreys(const std::uint8_t (&rgb)[3][ColourPairs::kCapacity], std::size_t count) {
-  unsigned greys = 0;
-  for (std::size_t i = 0; i < count; ++i) greys |= (rgb[0][i] == rgb[1][i]) & (rgb[1][i] == rgb[2][i]);
-  return greys != 0;
-}
-
-bool toLab(ColourPairs& pairs, std::size_t count) {
+void toLab(ColourPairs& pairs, std::size_t count) {
   for (int side = 0; side < 2; ++side) {
     const auto& rgb = pairs.rgb[side];
     auto& lab = pairs.lab[side];
@@ -70,7 +64,6 @@ bool toLab(ColourPairs& pairs, std::size_t count) {
       store(lab[2] + i, (y - z) * 200.0);
     }
   }
-  return hasGreys(pairs.rgb[0], count) || hasGreys(pairs.rgb[1], count);
 }
 
 struct Direction {
