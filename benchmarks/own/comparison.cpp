@@ -42,7 +42,7 @@ void compareFloat(const Pair& pair) {
   double mean, percentage, deviation, maximum, median;
   int count;
   double* differences = nullptr;
-  QAVPixelImageComparator::ImageHDRCompare(pair.first, pair.second, "/nowhere", 0.01, 3, mean, count, percentage,
+  QAVPixelImageComparator::ImageHDRCompare(pair.first, pair.second, "/nowhere/", 0.01, 3, mean, count, percentage,
                                            deviation, maximum, median, differences);
   keep(differences);
   delete[] differences;

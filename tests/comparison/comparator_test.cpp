@@ -27,7 +27,7 @@ struct Outcome {
 
 template <class Compare>
 Outcome run(Compare compare, QAVPixelImage* a, QAVPixelImage* b, double threshold, int sigmas,
-            const std::string& directory = "/nowhere") {
+            const std::string& directory = "/nowhere/") {
   Outcome o;
   double* entries = nullptr;
   o.result = compare(a, b, directory, threshold, sigmas, o.mean, o.count, o.percentage, o.deviation, o.maximum,
