@@ -13,6 +13,9 @@
 #include <QAVMMediaImageProcessor.h>
 #include <QAVMMediaRasterVersion.h>
 #include <QAVPixelImage.h>
+#include <QAVPrintEncoding.h>
+#include <QAVPrtImageIterator.h>
 #include <QAVResult.h>
+#include <QAVSGIImageFile.h>
 #include <QAVString.h>
 #include <QAVUnicodeString.h>
