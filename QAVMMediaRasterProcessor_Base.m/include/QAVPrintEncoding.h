@@ -40,8 +40,8 @@ QAV_EXPORT HRESULT RunLengthDecode(const std::uint8_t* src, unsigned int srcLen,
 /// E_UNEXPECTED for malformed text (a character that is none of these, 'z' within a group, '~' without '>', a group of
 /// one digit); with `sizeOnly` 0 that, and a result without bytes, is E_FAIL. Any other `sizeOnly` checks the text
 /// alone.
-QAV_EXPORT HRESULT ASCII85Decode(const std::uint8_t* src, unsigned int srcLen, std::uint8_t*& out,
-                                 unsigned int& outLen, int sizeOnly);
+QAV_EXPORT HRESULT ASCII85Decode(const std::uint8_t* src, unsigned int srcLen, std::uint8_t*& out, unsigned int& outLen,
+                                 int sizeOnly);
 
 /// Writes `count` bytes as base-85 text. After the group at every multiple of 80 bytes but the first, a new line is
 /// begun and the stream flushed, so the first line of a call holds 21 groups and every other line 20. A last group of

@@ -71,7 +71,7 @@ int WriteRGB(const QAVString& path, const QAVPixelImage* image) {
   const File file = openFile(path.ConvertToChar(), "wb");
   if (!file) return kNotOpened;
   const FileHeader header(width, height, channels);
-  const bool complete = writeAll(file.get(), header.bytes, sizeof header.bytes) &&
-                        writePlanes(file.get(), pixels, count, channels);
+  const bool complete =
+      writeAll(file.get(), header.bytes, sizeof header.bytes) && writePlanes(file.get(), pixels, count, channels);
   return complete ? kWritten : kNotComplete;
 }

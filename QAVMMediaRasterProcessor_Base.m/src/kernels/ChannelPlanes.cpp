@@ -21,7 +21,8 @@ extern const ChannelPlanesKernels channelPlanes;
 
 const ChannelPlanesKernels& channelPlanesKernels() noexcept {
 #if defined(__x86_64__)
-  return atActiveLevel({&baseline::channelPlanes, &avx2::channelPlanes, &avx512::channelPlanes, &avx512vbmi::channelPlanes});
+  return atActiveLevel(
+      {&baseline::channelPlanes, &avx2::channelPlanes, &avx512::channelPlanes, &avx512vbmi::channelPlanes});
 #else
   return baseline::channelPlanes;
 #endif

@@ -21,7 +21,8 @@ extern const PrintSamplesKernels printSamples;
 
 const PrintSamplesKernels& printSamplesKernels() noexcept {
 #if defined(__x86_64__)
-  return atActiveLevel({&baseline::printSamples, &avx2::printSamples, &avx512::printSamples, &avx512vbmi::printSamples});
+  return atActiveLevel(
+      {&baseline::printSamples, &avx2::printSamples, &avx512::printSamples, &avx512vbmi::printSamples});
 #else
   return baseline::printSamples;
 #endif

@@ -18,7 +18,8 @@ bool isDigit(std::uint8_t c) { return static_cast<std::uint8_t>(c - kBase85Zero)
 
 // NUL, backspace, tab, line feed, form feed, carriage return, space, DEL; not vertical tab.
 bool isWhiteSpace(std::uint8_t c) {
-  constexpr std::uint64_t spaces = 1ull << 0 | 1ull << 8 | 1ull << 9 | 1ull << 10 | 1ull << 12 | 1ull << 13 | 1ull << 32;
+  constexpr std::uint64_t spaces =
+      1ull << 0 | 1ull << 8 | 1ull << 9 | 1ull << 10 | 1ull << 12 | 1ull << 13 | 1ull << 32;
   return c < 64 ? (spaces >> c & 1) != 0 : c == 127;
 }
 

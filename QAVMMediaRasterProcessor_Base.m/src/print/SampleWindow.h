@@ -36,8 +36,8 @@ class SampleWindow {
   void gather();
 
   QAVPrtImageIterator iterator_;
-  std::size_t toCome_;                         ///< samples that the iterator still has
-  std::span<const std::uint8_t> pending_;      ///< samples taken from it that are not in the window yet
+  std::size_t toCome_;                     ///< samples that the iterator still has
+  std::span<const std::uint8_t> pending_;  ///< samples taken from it that are not in the window yet
   const std::uint8_t* at_ = buffer_.data();
   std::size_t left_ = 0;
   bool last_ = false;  ///< the window holds the last samples, and they are padded

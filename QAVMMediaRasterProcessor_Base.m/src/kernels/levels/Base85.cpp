@@ -34,8 +34,8 @@ void decodeGroup(const std::uint8_t* digits, std::uint8_t* bytes) {
 
 #if QAV_KERNEL_LEVEL >= 1
 
-// Eight or sixteen groups at once. The value of a group is split by 85^2 and 85: the quotients by exact multiplications,
-// or by float products whose rounding is harmless for every value they can meet.
+// Eight or sixteen groups at once. The value of a group is split by 85^2 and 85: the quotients by exact
+// multiplications, or by float products whose rounding is harmless for every value they can meet.
 //
 // A group's digits stand in one 32-bit lane as d0 d1 d3 d4 (`outer`) and d2 (`middle`).
 #if QAV_KERNEL_LEVEL >= 3
@@ -120,8 +120,7 @@ std::size_t encodeGroups(const std::uint8_t* data, std::size_t groups, char* tex
     char* const to = text + 5 * done;
     const std::size_t length = 5 * whole;
     _mm512_mask_storeu_epi8(to, length >= 64 ? ~0ull : (1ull << length) - 1, placed(digits, kPlaces[0].at));
-    if (length > 64)
-      _mm512_mask_storeu_epi8(to + 64, (1ull << (length - 64)) - 1, placed(digits, kPlaces[0].at + 64));
+    if (length > 64) _mm512_mask_storeu_epi8(to + 64, (1ull << (length - 64)) - 1, placed(digits, kPlaces[0].at + 64));
     done += whole;
     if (zeros) break;
   }
@@ -130,8 +129,7 @@ std::size_t encodeGroups(const std::uint8_t* data, std::size_t groups, char* tex
 
 constexpr Places decodingPlaces(bool last) {
   Places places{};
-  for (std::size_t i = 0; i < 64; ++i)
-    places.at[i] = static_cast<std::uint8_t>(i / 4 * 5 + (last ? 4 : i % 4));
+  for (std::size_t i = 0; i < 64; ++i) places.at[i] = static_cast<std::uint8_t>(i / 4 * 5 + (last ? 4 : i % 4));
   return places;
 }
 
@@ -143,8 +141,8 @@ constexpr Places kLastDigits = decodingPlaces(true);
   front = _mm512_sub_epi8(front, zeroDigit);
   back = _mm512_sub_epi8(back, zeroDigit);
   const __m512i leading = _mm512_permutex2var_epi8(front, _mm512_loadu_si512(kLeadingDigits.at), back);
-  const __m512i last = _mm512_maskz_permutex2var_epi8(0x1111111111111111, front, _mm512_loadu_si512(kLastDigits.at),
-                                                      back);
+  const __m512i last =
+      _mm512_maskz_permutex2var_epi8(0x1111111111111111, front, _mm512_loadu_si512(kLastDigits.at), back);
   const __m512i pairs = _mm512_maddubs_epi16(leading, _mm512_set1_epi16(1 << 8 | 85));
   const __m512i fours = _mm512_madd_epi16(pairs, _mm512_set1_epi32(1 << 16 | 7225));
   return bigEndianLanes(_mm512_add_epi32(_mm512_mullo_epi32(fours, _mm512_set1_epi32(85)), last));
@@ -152,8 +150,9 @@ constexpr Places kLastDigits = decodingPlaces(true);
 
 void decodeGroups(const std::uint8_t* digits, std::size_t groups, std::uint8_t* bytes) {
   for (; groups >= 16; groups -= 16, digits += 80, bytes += 64)
-    _mm512_storeu_si512(bytes, valuesOf(_mm512_loadu_si512(digits), _mm512_castsi128_si512(_mm_loadu_si128(
-                                                                        reinterpret_cast<const __m128i*>(digits + 64)))));
+    _mm512_storeu_si512(
+        bytes, valuesOf(_mm512_loadu_si512(digits),
+                        _mm512_castsi128_si512(_mm_loadu_si128(reinterpret_cast<const __m128i*>(digits + 64)))));
   if (groups == 0) return;
   const std::size_t length = 5 * groups;
   const __mmask64 front = length >= 64 ? ~0ull : (1ull << length) - 1;
@@ -185,18 +184,18 @@ struct Digits {
 }
 
 [[gnu::always_inline]] inline __m256i bigEndianLanes(__m256i bytes) {
-  return _mm256_shuffle_epi8(bytes, _mm256_broadcastsi128_si256(_mm_set_epi32(0x0C0D0E0F, 0x08090A0B, 0x04050607,
-                                                                              0x00010203)));
+  return _mm256_shuffle_epi8(
+      bytes, _mm256_broadcastsi128_si256(_mm_set_epi32(0x0C0D0E0F, 0x08090A0B, 0x04050607, 0x00010203)));
 }
 
 // The twenty characters of the four groups in each half of the vectors.
 [[gnu::always_inline]] inline void storeCharacters(Digits digits, char* text) {
-  const __m256i outerPlaces = _mm256_broadcastsi128_si256(
-      _mm_setr_epi8(0, 1, -1, 2, 3, 4, 5, -1, 6, 7, 8, 9, -1, 10, 11, 12));
-  const __m256i middlePlaces = _mm256_broadcastsi128_si256(
-      _mm_setr_epi8(-1, -1, 0, -1, -1, -1, -1, 4, -1, -1, -1, -1, 8, -1, -1, -1));
-  const __m256i front = _mm256_or_si256(_mm256_shuffle_epi8(digits.outer, outerPlaces),
-                                        _mm256_shuffle_epi8(digits.middle, middlePlaces));
+  const __m256i outerPlaces =
+      _mm256_broadcastsi128_si256(_mm_setr_epi8(0, 1, -1, 2, 3, 4, 5, -1, 6, 7, 8, 9, -1, 10, 11, 12));
+  const __m256i middlePlaces =
+      _mm256_broadcastsi128_si256(_mm_setr_epi8(-1, -1, 0, -1, -1, -1, -1, 4, -1, -1, -1, -1, 8, -1, -1, -1));
+  const __m256i front =
+      _mm256_or_si256(_mm256_shuffle_epi8(digits.outer, outerPlaces), _mm256_shuffle_epi8(digits.middle, middlePlaces));
   const __m256i outerRest = _mm256_shuffle_epi8(digits.outer, _mm256_set1_epi32(0x0F0EFF0D));
   const __m256i middleRest = _mm256_shuffle_epi8(digits.middle, _mm256_set1_epi32(static_cast<int>(0xFFFF0CFF)));
   const __m256i back = _mm256_or_si256(outerRest, middleRest);
@@ -234,16 +233,16 @@ std::size_t encodeGroups(const std::uint8_t* data, std::size_t groups, char* tex
 }
 
 void decodeGroups(const std::uint8_t* digits, std::size_t groups, std::uint8_t* bytes) {
-  const __m256i leadingFront = _mm256_broadcastsi128_si256(
-      _mm_setr_epi8(0, 1, 2, 3, 5, 6, 7, 8, 10, 11, 12, 13, -1, -1, -1, -1));
-  const __m256i leadingBack = _mm256_broadcastsi128_si256(
-      _mm_setr_epi8(-1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, 11, 12, 13, 14));
-  const __m256i lastPlaces = _mm256_broadcastsi128_si256(
-      _mm_setr_epi8(0, -1, -1, -1, 5, -1, -1, -1, 10, -1, -1, -1, 15, -1, -1, -1));
+  const __m256i leadingFront =
+      _mm256_broadcastsi128_si256(_mm_setr_epi8(0, 1, 2, 3, 5, 6, 7, 8, 10, 11, 12, 13, -1, -1, -1, -1));
+  const __m256i leadingBack =
+      _mm256_broadcastsi128_si256(_mm_setr_epi8(-1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, 11, 12, 13, 14));
+  const __m256i lastPlaces =
+      _mm256_broadcastsi128_si256(_mm_setr_epi8(0, -1, -1, -1, 5, -1, -1, -1, 10, -1, -1, -1, 15, -1, -1, -1));
   const auto loadHalves = [](const std::uint8_t* at) {
-    return _mm256_sub_epi8(_mm256_loadu2_m128i(reinterpret_cast<const __m128i*>(at + 20),
-                                               reinterpret_cast<const __m128i*>(at)),
-                           _mm256_set1_epi8('!'));
+    return _mm256_sub_epi8(
+        _mm256_loadu2_m128i(reinterpret_cast<const __m128i*>(at + 20), reinterpret_cast<const __m128i*>(at)),
+        _mm256_set1_epi8('!'));
   };
   for (; groups >= 8; groups -= 8, digits += 40, bytes += 32) {
     const __m256i front = loadHalves(digits);     // characters 0 to 15 of twenty
@@ -252,8 +251,8 @@ void decodeGroups(const std::uint8_t* digits, std::size_t groups, std::uint8_t* 
         _mm256_or_si256(_mm256_shuffle_epi8(front, leadingFront), _mm256_shuffle_epi8(back, leadingBack));
     const __m256i pairs = _mm256_maddubs_epi16(leading, _mm256_set1_epi16(1 << 8 | 85));
     const __m256i fours = _mm256_madd_epi16(pairs, _mm256_set1_epi32(1 << 16 | 7225));
-    const __m256i values = _mm256_add_epi32(_mm256_mullo_epi32(fours, _mm256_set1_epi32(85)),
-                                            _mm256_shuffle_epi8(back, lastPlaces));
+    const __m256i values =
+        _mm256_add_epi32(_mm256_mullo_epi32(fours, _mm256_set1_epi32(85)), _mm256_shuffle_epi8(back, lastPlaces));
     _mm256_storeu_si256(reinterpret_cast<__m256i*>(bytes), bigEndianLanes(values));
   }
   for (; groups > 0; --groups, digits += 5, bytes += 4) decodeGroup(digits, bytes);

@@ -42,8 +42,9 @@ constexpr Shuffle kExtract[3][3] = {{extracting(0, 0), extracting(1, 0), extract
 
 // Three vectors shuffled into one, every byte from one of them.
 [[gnu::always_inline]] inline __m128i gather(__m128i a, __m128i b, __m128i c, const Shuffle (&shuffles)[3]) {
-  return _mm_or_si128(_mm_or_si128(_mm_shuffle_epi8(a, load16(shuffles[0].at)), _mm_shuffle_epi8(b, load16(shuffles[1].at))),
-                      _mm_shuffle_epi8(c, load16(shuffles[2].at)));
+  return _mm_or_si128(
+      _mm_or_si128(_mm_shuffle_epi8(a, load16(shuffles[0].at)), _mm_shuffle_epi8(b, load16(shuffles[1].at))),
+      _mm_shuffle_epi8(c, load16(shuffles[2].at)));
 }
 
 std::size_t interleave3(const std::uint8_t* const* planes, std::size_t pixels, std::uint8_t* to) {

@@ -135,8 +135,8 @@ constexpr std::size_t kLongest = 128;  // of a run or a literal
   const std::uint64_t further = equalToNext(samples + 64);
   const std::uint64_t ends = equal & ((equal >> 1 | further << 63) | (equal >> 2 | further << 62));
   if (ends) return lowestBit(ends);
-  const std::uint64_t beyond = std::uint64_t{samples[128] == samples[129]} |
-                               std::uint64_t{samples[129] == samples[130]} << 1;
+  const std::uint64_t beyond = std::uint64_t{samples[128] == samples[129]} | std::uint64_t{samples[129] == samples[130]}
+                                                                                 << 1;
   const std::uint64_t furtherEnds = further & ((further >> 1 | beyond << 63) | (further >> 2 | beyond << 62));
   if (furtherEnds) return 64 + lowestBit(furtherEnds);
   return kLongest - (further >> 63);
@@ -147,8 +147,8 @@ constexpr std::size_t kLongest = 128;  // of a run or a literal
 // A literal is a record whose length may still grow, and single samples and folded pairs do make it grow; so where it
 // ends is known from the samples alone. The run that ends it is written with it: a literal is not closed before.
 template <bool write>
-[[gnu::always_inline]] inline std::size_t makeRecords(const std::uint8_t* samples, std::size_t count,
-                                                      std::size_t end, std::uint8_t* records, std::size_t& filled) {
+[[gnu::always_inline]] inline std::size_t makeRecords(const std::uint8_t* samples, std::size_t count, std::size_t end,
+                                                      std::uint8_t* records, std::size_t& filled) {
   std::size_t i = 0;
   std::size_t fill = filled;
   const auto addRun = [&](std::uint64_t equal) {
