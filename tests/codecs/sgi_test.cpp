@@ -1,10 +1,11 @@
 #include <QAVSGIImageFile.h>
 
+#include "fuzz/read_rgb.h"
+#include "support/Corpus.h"
+#include "support/Files.h"
 #include "support/Images.h"
 #include "support/Levels.h"
 
-#include <filesystem>
-#include <fstream>
 #include <optional>
 
 #include <sys/stat.h>
@@ -14,24 +15,6 @@ namespace qav::test {
 namespace {
 
 using Bytes = std::vector<std::uint8_t>;
-
-/// A file that exists while the test looks at it.
-class TemporaryFile {
- public:
-  explicit TemporaryFile(const Bytes& bytes = {})
-      : path_(std::filesystem::temp_directory_path() / ("qav_sgi_test_" + std::to_string(::getpid()))) {
-    std::ofstream(path_, std::ios::binary).write(reinterpret_cast<const char*>(bytes.data()), std::ssize(bytes));
-  }
-  ~TemporaryFile() { std::filesystem::remove(path_); }
-  std::string path() const { return path_.string(); }
-  Bytes bytes() const {
-    std::ifstream file(path_, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
-  }
-
- private:
-  std::filesystem::path path_;
-};
 
 void put(Bytes& bytes, std::size_t value, int count) {
   for (int shift = 8 * (count - 1); shift >= 0; shift -= 8) bytes.push_back(static_cast<std::uint8_t>(value >> shift));
@@ -62,9 +45,13 @@ Bytes codedFile(std::size_t width, std::size_t height, std::size_t channels, con
   return bytes;
 }
 
+Image readPicture(const Bytes& file) {
+  const TemporaryFolder folder;
+  return Image(ReadRGB(QAVString(folder.write("picture.rgb", file))));
+}
+
 void expectPicture(const Bytes& file, int width, int height, QAVPixelImageFormat format, const Bytes& pixels) {
-  const TemporaryFile temporary(file);
-  const Image image(ReadRGB(QAVString(temporary.path())));
+  const Image image = readPicture(file);
   ASSERT_TRUE(image);
   int readWidth = 0, readHeight = 0;
   image->GetSize(readWidth, readHeight);
@@ -72,11 +59,6 @@ void expectPicture(const Bytes& file, int width, int height, QAVPixelImageFormat
   EXPECT_EQ(readHeight, height);
   EXPECT_EQ(image->GetFormat(), format);
   EXPECT_EQ(qav::test::bytesOf(*image), pixels);
-}
-
-Image readFile(const Bytes& bytes) {
-  const TemporaryFile temporary(bytes);
-  return Image(ReadRGB(QAVString(temporary.path())));
 }
 
 Bytes joined(Bytes bytes, const Bytes& more) {
@@ -121,41 +103,42 @@ TEST(ReadRGB, RunLengthFiles) {
 }
 
 TEST(ReadRGB, RefusesWhatIsNoPicture) {
-  EXPECT_FALSE(readFile({}));
-  EXPECT_FALSE(readFile({0x01, 0xDB, 0, 1}));
-  EXPECT_FALSE(readFile(header(false, 65535, 65535, 1)));
-  EXPECT_FALSE(readFile(header(false, 32768, 16384, 4)));
+  EXPECT_FALSE(readPicture({}));
+  EXPECT_FALSE(readPicture({0x01, 0xDB, 0, 1}));
+  EXPECT_FALSE(readPicture(header(false, 65535, 65535, 1)));
+  EXPECT_FALSE(readPicture(header(false, 32768, 16384, 4)));
   // Run-length tables that the file cannot hold, whatever picture they announce.
-  EXPECT_FALSE(readFile(header(true, 20000, 30000, 3)));
+  EXPECT_FALSE(readPicture(header(true, 20000, 30000, 3)));
   Bytes almost = codedFile(4, 2, 3, std::vector<CodedRow>(6, {{}, 0, 0}));
-  EXPECT_TRUE(readFile(almost));
+  EXPECT_TRUE(readPicture(almost));
   almost.pop_back();
-  EXPECT_FALSE(readFile(almost));
+  EXPECT_FALSE(readPicture(almost));
 
   EXPECT_EQ(ReadRGB("/nowhere/at all.rgb"), nullptr);
   EXPECT_EQ(ReadRGB("/tmp"), nullptr);
-  const TemporaryFile pipe;
-  std::filesystem::remove(pipe.path());
-  ASSERT_EQ(::mkfifo(pipe.path().c_str(), 0600), 0);
-  EXPECT_EQ(ReadRGB(QAVString(pipe.path())), nullptr);
-  EXPECT_EQ(WriteRGB(QAVString(pipe.path()), makeImage(1, 1, L8).get()), 1);
+  const TemporaryFolder folder;
+  const std::string pipe = folder.path("pipe");
+  ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
+  EXPECT_EQ(ReadRGB(QAVString(pipe)), nullptr);
+  EXPECT_EQ(WriteRGB(QAVString(pipe), makeImage(1, 1, L8).get()), 1);
 }
 
-TEST(ReadRGB, LeavesAFileWithAWrongMagicNumberOpen) {
-  const TemporaryFile wrong({'n', 'o'}), *file = &wrong;
-  const int before = ::dup(0);
-  ::close(before);
-  EXPECT_EQ(ReadRGB(QAVString(file->path())), nullptr);
-  struct stat status, opened;
-  EXPECT_EQ(::stat(file->path().c_str(), &status), 0);
-  ASSERT_EQ(::fstat(before, &opened), 0);  // the lowest free number is in use now
-  EXPECT_EQ(opened.st_ino, status.st_ino);
-  // A picture's file is closed.
-  const int after = ::dup(0);
-  ::close(after);
-  readFile(header(false, 1, 1, 1));
-  EXPECT_NE(::fstat(after, &opened), 0);
+int lowestFreeDescriptor() {
+  const int descriptor = ::dup(0);
+  ::close(descriptor);
+  return descriptor;
 }
+
+TEST(ReadRGB, LeavesOnlyAFileWithAWrongMagicNumberOpen) {
+  const int before = lowestFreeDescriptor();
+  readPicture(header(false, 1, 1, 1));
+  readPicture(header(false, 65535, 65535, 1));
+  EXPECT_EQ(lowestFreeDescriptor(), before);
+  readPicture({'n', 'o'});
+  EXPECT_NE(lowestFreeDescriptor(), before);
+}
+
+TEST(ReadRGB, SurvivesItsCorpus) { replayCorpus("read_rgb", fuzz::read_rgb); }
 
 TEST(WriteRGB, HeaderAndPlanes) {
   const struct {
@@ -169,14 +152,15 @@ TEST(WriteRGB, HeaderAndPlanes) {
       {makeImage(2, 1, RGBFloat), {0x01, 0xDA, 0, 1, 0, 2, 0, 2, 0, 1, 0, 3}, {0, 0, 0, 0, 0, 0}},
   };
   for (const auto& c : cases) {
-    const TemporaryFile file;
-    ASSERT_EQ(WriteRGB(QAVString(file.path()), c.image.get()), 0);
+    const TemporaryFolder folder;
+    const std::string path = folder.path("picture.rgb");
+    ASSERT_EQ(WriteRGB(QAVString(path), c.image.get()), 0);
     Bytes expected = c.start;
     expected.resize(512);
     expected[27] = 0xFF;
     expected[40] = 'Q';
     expected[41] = 'V';
-    EXPECT_EQ(file.bytes(), joined(expected, c.planes));
+    EXPECT_EQ(readFile(path), joined(expected, c.planes));
   }
 }
 
@@ -198,9 +182,10 @@ TEST(WriteRGB, IsReadBackAtEveryLevel) {
          {std::pair{1, 1}, {15, 3}, {16, 16}, {67, 31}, {700, 500}, {1, 65535}, {65535, 2}}) {
       for (const auto format : {RGB888, RGBA8888}) {
         const Image image = randomImage(width, height, format, random);
-        const TemporaryFile file;
-        ASSERT_EQ(WriteRGB(QAVString(file.path()), image.get()), 0);
-        expectPicture(file.bytes(), width, height, format, qav::test::bytesOf(*image));
+        const TemporaryFolder folder;
+        const std::string path = folder.path("picture.rgb");
+        ASSERT_EQ(WriteRGB(QAVString(path), image.get()), 0);
+        expectPicture(readFile(path), width, height, format, qav::test::bytesOf(*image));
       }
     }
   });
