@@ -3,6 +3,7 @@
 #include "kernels/Base85.h"
 #include "kernels/PrintSamples.h"
 #include "print/Base85Text.h"
+#include "print/SampleWindow.h"
 
 #include <QAVPrintEncoding.h>
 
@@ -34,31 +35,31 @@ std::vector<std::uint8_t> decoded(HRESULT (*decoder)(const std::uint8_t*, unsign
   return {};
 }
 
-// The run-length records of samples, without their text.
-std::vector<std::uint8_t> records(const std::vector<std::uint8_t>& samples) {
-  std::vector<std::uint8_t> all;
-  std::uint8_t piece[kernels::kRunLengthRoom];
-  const std::size_t end = samples.size() - kernels::kRunLengthLookahead;
-  for (std::size_t i = 0; i < end;) {
-    std::size_t filled = 0;
-    i +=
-        kernels::printSamplesKernels().runLengthRecords(samples.data() + i, end - i, samples.size() - i, piece, filled);
-    all.insert(all.end(), piece, piece + filled);
-  }
-  return all;
-}
-
-void encodeRecords(const std::vector<std::uint8_t>& samples) {
-  static std::vector<std::uint8_t> out(2 * samples.size());
+// The run-length records of an image, without their text; returns their number of bytes.
+std::size_t encodeRecords(const QAVPixelImage& image, std::vector<std::uint8_t>& out) {
+  constexpr std::size_t samples = std::size_t{kPageWidth} * kPageHeight;
+  out.resize(2 * samples);
+  SampleWindow window(&image, 0, 1, samples);
   std::size_t at = 0;
-  const std::size_t end = samples.size() - kernels::kRunLengthLookahead;
-  for (std::size_t i = 0; i < end;) {
+  while (window.fill()) {
     std::size_t filled = 0;
-    i += kernels::printSamplesKernels().runLengthRecords(samples.data() + i, end - i, samples.size() - i,
-                                                         out.data() + at, filled);
+    window.moveTo(
+        kernels::printSamplesKernels().runLengthRecords(window.input(), window.at(), out.data() + at, filled));
     at += filled;
   }
   keep(out.data());
+  return at;
+}
+
+std::vector<std::uint8_t> records(const QAVPixelImage& image) {
+  std::vector<std::uint8_t> all;
+  all.resize(encodeRecords(image, all));
+  return all;
+}
+
+void encodeRecords(const QAVPixelImage& image) {
+  static std::vector<std::uint8_t> out;
+  encodeRecords(image, out);
 }
 
 const QAVPixelImage& image(const std::vector<std::uint8_t>& samples) {
@@ -99,8 +100,8 @@ const std::vector<std::uint8_t>& base85Text() {
     addOurs("base-85 encode 8 MB, stream by characters", 14,
             [] { DumpASCII85(discardingStream(), eightMegabytes().data(), eightMegabytes().size()); }),
     addOurs("base-85 decode to 8 MB", 5, [] { decoded(ASCII85Decode, base85Text()); }),
-    addOurs("run-length records, grey text page", 5, [] { encodeRecords(greyText()); }),
-    addOurs("run-length records, grey photograph", 8, [] { encodeRecords(greyPhotograph()); }),
+    addOurs("run-length records, grey text page", 5, [] { encodeRecords(textImage()); }),
+    addOurs("run-length records, grey photograph", 8, [] { encodeRecords(photographOfPageSize()); }),
     addOurs("run-length encode as text, grey text page", 5,
             [] { RunLengthEncode(discardingStream(), 1, &textImage(), 0, 0); }),
     addOurs("run-length encode as text, grey photograph", 8,
@@ -108,12 +109,12 @@ const std::vector<std::uint8_t>& base85Text() {
     addOurs("run-length size, grey text page", 5, [] { IsRLECompressible(discardingStream(), 1, &textImage(), 0); }),
     addOurs("run-length decode, grey text page", 3,
             [] {
-              static const auto coded = records(greyText());
+              static const auto coded = records(textImage());
               decoded(RunLengthDecode, coded);
             }),
     addOurs("run-length decode, grey photograph", 3,
             [] {
-              static const auto coded = records(greyPhotograph());
+              static const auto coded = records(photographOfPageSize());
               decoded(RunLengthDecode, coded);
             }),
     addOurs("mask dump, 8 MB RGBA", 0,

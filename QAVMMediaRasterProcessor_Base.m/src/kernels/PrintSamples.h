@@ -5,15 +5,26 @@
 
 namespace qav::kernels {
 
-/// Bytes that may be read behind the last sample given to PrintSamplesKernels::runLengthRecords.
+/// Samples behind those that a record may begin at: as many as one step looks at.
 inline constexpr std::size_t kRunLengthLookahead = 320;
 /// A buffer of records that holds this much takes no further record.
 inline constexpr std::size_t kRunLengthFull = 896;
 /// Bytes that a buffer of records needs: what one step may add, and whole vectors behind it.
 inline constexpr std::size_t kRunLengthRoom = 1280;
 
-using RunLengthStep = std::size_t (*)(const std::uint8_t* samples, std::size_t count, std::size_t end,
-                                      std::uint8_t* records, std::size_t& filled);
+/// Samples to be run-length encoded. kRunLengthLookahead of them stand behind `count`, with their bits. Where `end`
+/// lies among those, the ones behind it must all be equal and differ from the last one before.
+struct RunLengthInput {
+  const std::uint8_t* samples = nullptr;
+  const std::uint64_t* equal = nullptr;  ///< what equalToNext has found, and one word more
+  std::size_t count = 0;                 ///< records begin before this
+  std::size_t end = 0;                   ///< the number of samples
+};
+
+/// Appends records to `records` (kRunLengthRoom bytes) at `filled`, which is moved on, from sample `at` until the
+/// buffer has reached kRunLengthFull or a record would begin at `count` or behind. Returns the next sample.
+using RunLengthStep = std::size_t (*)(const RunLengthInput& input, std::size_t at, std::uint8_t* records,
+                                      std::size_t& filled);
 
 /// Turning pixels into what a printer takes.
 struct PrintSamplesKernels {
@@ -24,12 +35,9 @@ struct PrintSamplesKernels {
   /// Packed bits, the first pixel in the most significant one: 1 where the last of a pixel's `channels` bytes (2 or 4)
   /// is 0. The last byte is filled up with zeros.
   void (*transparentBits)(const std::uint8_t* from, std::size_t pixels, int channels, std::uint8_t* bits);
-  /// Run-length records for samples[0..end), appended to `records` (kRunLengthRoom bytes) at `filled`, until that has
-  /// reached kRunLengthFull or a record would begin at `count` or behind; `filled` is moved on. Returns the number of
-  /// samples done.
-  ///
-  /// kRunLengthLookahead samples behind `count` are looked at. Where `end` lies among them, those behind it must all be
-  /// equal and differ from the last one before.
+  /// Bit i of words[0..words) tells whether sample i equals the next one: 64 * words + 1 samples are read.
+  void (*equalToNext)(const std::uint8_t* samples, std::size_t words, std::uint64_t* equal);
+  /// Makes run-length records.
   RunLengthStep runLengthRecords;
   /// As runLengthRecords, but only counts: `records` is not looked at.
   RunLengthStep runLengthSize;

@@ -43,7 +43,7 @@ bool makeRecords(SampleWindow& window, RunLengthStep step, std::uint8_t* records
       if (!handOn(whole)) return false;
       filled -= whole;
     }
-    window.skip(step(window.samples(), window.count(), window.end(), records, filled));
+    window.moveTo(step(window.input(), window.at(), records, filled));
   }
   return true;
 }

@@ -103,16 +103,23 @@ void transparentBits(const std::uint8_t* from, std::size_t pixels, int channels,
   transparentBitsOf<4>(from, pixels, bits);
 }
 
-// Bit i is set where sample i of 64 equals the next one.
-[[gnu::always_inline]] inline std::uint64_t equalToNext(const std::uint8_t* samples) {
-  std::uint64_t bits = 0;
+void equalToNext(const std::uint8_t* samples, std::size_t words, std::uint64_t* equal) {
+  for (; words > 0; --words, samples += 64) {
+    std::uint64_t bits = 0;
 #if QAV_KERNEL_LEVEL >= 1
-  for (std::size_t v = 0; v < 64; v += kVectorBytes)
-    bits |= equalBits(load<U8>(samples + v), load<U8>(samples + v + 1)) << v;
+    for (std::size_t v = 0; v < 64; v += kVectorBytes)
+      bits |= equalBits(load<U8>(samples + v), load<U8>(samples + v + 1)) << v;
 #else
-  for (std::size_t i = 0; i < 64; ++i) bits |= std::uint64_t{samples[i] == samples[i + 1]} << i;
+    for (std::size_t i = 0; i < 64; ++i) bits |= std::uint64_t{samples[i] == samples[i + 1]} << i;
 #endif
-  return bits;
+    *equal++ = bits;
+  }
+}
+
+// 64 bits from any place on.
+[[gnu::always_inline]] inline std::uint64_t bitsAt(const std::uint64_t* words, std::size_t at) {
+  const std::uint64_t* const word = words + at / 64;
+  return word[0] >> at % 64 | word[1] << 1 << (63 - at % 64);
 }
 
 [[gnu::always_inline]] inline std::size_t lowestBit(std::uint64_t bits) {
@@ -121,22 +128,22 @@ void transparentBits(const std::uint8_t* from, std::size_t pixels, int channels,
 
 constexpr std::size_t kLongest = 128;  // of a run or a literal
 
-// Samples of the run that begins here, up to kLongest. `equal` is equalToNext(samples).
-[[gnu::always_inline]] inline std::size_t runLength(const std::uint8_t* samples, std::uint64_t equal) {
+// Samples of the run that begins at `at`, up to kLongest. `equal` has its first 64 bits.
+[[gnu::always_inline]] inline std::size_t runLength(const std::uint64_t* words, std::size_t at, std::uint64_t equal) {
   if (~equal) return lowestBit(~equal) + 1;
-  const std::uint64_t further = ~equalToNext(samples + 64);
-  return further && lowestBit(further) < 63 ? 64 + lowestBit(further) + 1 : kLongest;
+  const std::uint64_t further = ~bitsAt(words, at + 64) & ~0ull >> 1;
+  return further ? 64 + lowestBit(further) + 1 : kLongest;
 }
 
-// Samples of the literal that begins here: up to the first run of three or more, or of two that no single sample
+// Samples of the literal that begins at `at`: up to the first run of three or more, or of two that no single sample
 // follows (one between single samples is cheaper within the literal). A run of two that its 128th sample would cut
 // stays outside too.
-[[gnu::always_inline]] inline std::size_t literalLength(const std::uint8_t* samples, std::uint64_t equal) {
-  const std::uint64_t further = equalToNext(samples + 64);
+[[gnu::always_inline]] inline std::size_t literalLength(const std::uint64_t* words, std::size_t at,
+                                                        std::uint64_t equal) {
+  const std::uint64_t further = bitsAt(words, at + 64);
   const std::uint64_t ends = equal & ((equal >> 1 | further << 63) | (equal >> 2 | further << 62));
   if (ends) return lowestBit(ends);
-  const std::uint64_t beyond = std::uint64_t{samples[128] == samples[129]} | std::uint64_t{samples[129] == samples[130]}
-                                                                                 << 1;
+  const std::uint64_t beyond = bitsAt(words, at + 128);
   const std::uint64_t furtherEnds = further & ((further >> 1 | beyond << 63) | (further >> 2 | beyond << 62));
   if (furtherEnds) return 64 + lowestBit(furtherEnds);
   return kLongest - (further >> 63);
@@ -147,55 +154,53 @@ constexpr std::size_t kLongest = 128;  // of a run or a literal
 // A literal is a record whose length may still grow, and single samples and folded pairs do make it grow; so where it
 // ends is known from the samples alone. The run that ends it is written with it: a literal is not closed before.
 template <bool write>
-[[gnu::always_inline]] inline std::size_t makeRecords(const std::uint8_t* samples, std::size_t count, std::size_t end,
+[[gnu::always_inline]] inline std::size_t makeRecords(const RunLengthInput& input, std::size_t at,
                                                       std::uint8_t* records, std::size_t& filled) {
-  std::size_t i = 0;
+  const std::uint8_t* const samples = input.samples;
   std::size_t fill = filled;
   const auto addRun = [&](std::uint64_t equal) {
-    const std::size_t length = runLength(samples + i, equal);
+    const std::size_t length = runLength(input.equal, at, equal);
     if constexpr (write) {
       records[fill] = static_cast<std::uint8_t>(257 - length);
-      records[fill + 1] = samples[i];
+      records[fill + 1] = samples[at];
     }
     fill += 2;
-    i += length;
+    at += length;
   };
-  while (i < count && fill < kRunLengthFull) {
-    const std::uint64_t equal = equalToNext(samples + i);
+  while (at < input.count && fill < kRunLengthFull) {
+    const std::uint64_t equal = bitsAt(input.equal, at);
     if (equal & 1) {
       addRun(equal);
       continue;
     }
-    const std::size_t length = literalLength(samples + i, equal);
+    const std::size_t length = literalLength(input.equal, at, equal);
     if constexpr (write) {
       records[fill] = static_cast<std::uint8_t>(length - 1);
-      std::memcpy(records + fill + 1, samples + i, kLongest);
+      std::memcpy(records + fill + 1, samples + at, kLongest);
     }
     fill += 1 + length;
-    i += length;
-    if (length < kLongest && i < end) {
-      const std::uint64_t next = equalToNext(samples + i);
+    at += length;
+    if (length < kLongest && at < input.end) {
+      const std::uint64_t next = bitsAt(input.equal, at);
       if (next & 1) addRun(next);
     }
   }
   filled = fill;
-  return i;
+  return at;
 }
 
-std::size_t runLengthRecords(const std::uint8_t* samples, std::size_t count, std::size_t end, std::uint8_t* records,
-                             std::size_t& filled) {
-  return makeRecords<true>(samples, count, end, records, filled);
+std::size_t runLengthRecords(const RunLengthInput& input, std::size_t at, std::uint8_t* records, std::size_t& filled) {
+  return makeRecords<true>(input, at, records, filled);
 }
 
-std::size_t runLengthSize(const std::uint8_t* samples, std::size_t count, std::size_t end, std::uint8_t* records,
-                          std::size_t& filled) {
-  return makeRecords<false>(samples, count, end, records, filled);
+std::size_t runLengthSize(const RunLengthInput& input, std::size_t at, std::uint8_t* records, std::size_t& filled) {
+  return makeRecords<false>(input, at, records, filled);
 }
 
 }  // namespace
 
 extern const PrintSamplesKernels printSamples;
-const PrintSamplesKernels printSamples = {&whitenGrey, &whitenColour, &transparentBits, &runLengthRecords,
-                                          &runLengthSize};
+const PrintSamplesKernels printSamples = {&whitenGrey,  &whitenColour,     &transparentBits,
+                                          &equalToNext, &runLengthRecords, &runLengthSize};
 
 #include "RegionEnd.h"
