@@ -154,8 +154,8 @@ constexpr std::size_t kLongest = 128;  // of a run or a literal
 // A literal is a record whose length may still grow, and single samples and folded pairs do make it grow; so where it
 // ends is known from the samples alone. The run that ends it is written with it: a literal is not closed before.
 template <bool write>
-[[gnu::always_inline]] inline std::size_t makeRecords(const RunLengthInput& input, std::size_t at,
-                                                      std::uint8_t* records, std::size_t& filled) {
+[[gnu::always_inline]] inline std::size_t makeRecords(RunLengthInput input, std::size_t at, std::uint8_t* records,
+                                                      std::size_t& filled) {
   const std::uint8_t* const samples = input.samples;
   std::size_t fill = filled;
   const auto addRun = [&](std::uint64_t equal) {
