@@ -15,6 +15,9 @@
 #include <QAVMMediaRasterVersion.h>
 #include <QAVPixelImage.h>
 #include <QAVPixelImageComparator.h>
+#include <QAVPrintEncoding.h>
+#include <QAVPrtImageIterator.h>
 #include <QAVResult.h>
+#include <QAVSGIImageFile.h>
 #include <QAVString.h>
 #include <QAVUnicodeString.h>

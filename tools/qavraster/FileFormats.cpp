@@ -1,5 +1,7 @@
 #include "FileFormats.h"
 
+#include <QAVSGIImageFile.h>
+
 #include <algorithm>
 #include <cctype>
 #include <cerrno>
@@ -8,6 +10,7 @@
 #include <filesystem>
 
 #include "Errors.h"
+#include "formats/Formats.h"
 
 namespace qavraster {
 namespace {
@@ -24,6 +27,12 @@ bool writeAs(const QAVPixelImage& image, const std::string& path, const Settings
 constexpr const char* kTiff = "TIFF";
 constexpr const char* kPng = "PNG";
 constexpr const char* kJpeg = "JPEG";
+
+Image readSGI(const std::string& path, const Settings&) { return Image(ReadRGB(QAVString(path))); }
+
+bool writeSGI(const QAVPixelImage& image, const std::string& path, const Settings&) {
+  return WriteRGB(QAVString(path), &image) == 0;
+}
 
 std::string extensionOf(const std::string& path) {
   std::string extension = std::filesystem::path(path).extension().string();
@@ -64,6 +73,9 @@ const std::vector<FileFormat>& fileFormats() {
       {"TIFF", {".tif", ".tiff"}, "every pixel format; bitonal as Group 4", readByContent, writeAs<kTiff>},
       {"PNG", {".png"}, "8 and 16 bits a channel", readByContent, writeAs<kPng>},
       {"JPEG", {".jpg", ".jpeg"}, "8 bits a channel, quality 95, no alpha", readByContent, writeAs<kJpeg>},
+      {"SGI", {".sgi", ".rgb"}, "8 bits a channel; written as three or four channels", readSGI, writeSGI},
+      {"PostScript", {".ps"}, "a page of one point a pixel, 8 bits a channel", nullptr, writePostScript},
+      {"EPS", {".eps"}, "as PostScript, for use within other pages", nullptr, writeEncapsulatedPostScript},
   };
   return all;
 }

@@ -1,0 +1,188 @@
+#include <QAVPrintEncoding.h>
+
+#include "print/PrintReference.h"
+#include "support/Levels.h"
+
+#include <memory>
+#include <optional>
+
+namespace qav::test {
+namespace {
+
+struct Decoded {
+  HRESULT status;
+  Bytes bytes;
+  friend bool operator==(const Decoded&, const Decoded&) = default;
+};
+
+void PrintTo(const Decoded& decoded, std::ostream* os) {
+  *os << std::hex << static_cast<unsigned>(decoded.status) << " " << testing::PrintToString(decoded.bytes);
+}
+
+using Decoder = HRESULT (*)(const std::uint8_t*, unsigned int, std::uint8_t*&, unsigned int&, int);
+
+// From an array of exactly the source's size, so that sanitizers see every byte read behind it.
+Decoded decoded(Decoder decoder, const Bytes& source, int sizeOnly = 0) {
+  const auto exact = std::make_unique<std::uint8_t[]>(source.size());
+  std::copy(source.begin(), source.end(), exact.get());
+  std::uint8_t* out = exact.get();
+  unsigned int outLen = 99;
+  const HRESULT status = decoder(exact.get(), static_cast<unsigned>(source.size()), out, outLen, sizeOnly);
+  if (sizeOnly || status != S_OK) {
+    EXPECT_EQ(out, nullptr);
+    return {status, Bytes(outLen)};
+  }
+  Decoded result{status, {out, out + outLen}};
+  delete[] out;
+  return result;
+}
+
+Bytes bytesOf(const std::string& text) { return {text.begin(), text.end()}; }
+
+TEST(RunLengthDecode, RecordsAndTheirEnds) {
+  struct Case {
+    Bytes source;
+    Decoded expected;
+    std::size_t counted;
+  };
+  const Case cases[] = {
+      {{128}, {E_FAIL, {}}, 0},
+      {{2, 'a', 'b', 'c', 128}, {S_OK, bytesOf("abc")}, 3},
+      {{254, 'x'}, {S_OK, bytesOf("xxx")}, 3},
+      {{0, 'a', 255, 'b', 128, 0, 'c'}, {S_OK, bytesOf("abb")}, 3},
+      {{4, 'a', 'b'}, {S_OK, bytesOf("ab")}, 5},  // cut short: counted in full
+      {{0, 'a', 129}, {S_OK, bytesOf("a")}, 129},
+      {{5}, {E_FAIL, {}}, 6},
+      {{200}, {E_FAIL, {}}, 57},
+  };
+  for (const Case& c : cases) {
+    EXPECT_EQ(decoded(RunLengthDecode, c.source), c.expected);
+    EXPECT_EQ(decoded(RunLengthDecode, c.source, 1), (Decoded{c.counted ? S_OK : E_FAIL, Bytes(c.counted)}));
+    EXPECT_EQ(decoded(RunLengthDecode, c.source, 2), (Decoded{E_FAIL, {}}));
+  }
+  std::uint8_t byte = 0, *out = &byte;
+  unsigned int outLen = 5;
+  EXPECT_EQ(RunLengthDecode(nullptr, 3, out, outLen, 0), E_FAIL);
+  EXPECT_EQ(RunLengthDecode(&byte, 0, out, outLen, 0), E_FAIL);
+  EXPECT_TRUE(out == &byte && outLen == 5);
+}
+
+Bytes plainRunLengthDecode(const Bytes& source) {
+  Bytes out;
+  for (std::size_t i = 0; i < source.size() && source[i] != 128;) {
+    const std::size_t length = source[i++];
+    for (std::size_t k = 0; length < 128 && k <= length && i < source.size(); ++k) out.push_back(source[i++]);
+    if (length > 128 && i < source.size()) out.insert(out.end(), 257 - length, source[i++]);
+  }
+  return out;
+}
+
+TEST(RunLengthDecode, RandomRecordsOfEveryLength) {
+  std::mt19937 random(5);
+  for (int round = 0; round < 3000; ++round) {
+    Bytes source(1 + random() % 3000);
+    fill(source.data(), source.size(), Texture::Noise, random);
+    for (auto& byte : source)
+      if (byte == 128) byte = 127;
+    const Bytes expected = plainRunLengthDecode(source);
+    ASSERT_EQ(decoded(RunLengthDecode, source), (Decoded{expected.empty() ? E_FAIL : S_OK, expected}));
+  }
+}
+
+TEST(ASCII85Decode, GroupsAndTheirEnds) {
+  struct Case {
+    std::string text;
+    std::optional<Bytes> expected;  // none: malformed
+  };
+  using namespace std::string_literals;
+  const Case cases[] = {
+      {"z", Bytes(4)},
+      {"!!z", {}},
+      {"!!!!!z", Bytes(8)},
+      {"~x", {}},
+      {"~", {}},
+      {"", Bytes()},
+      {" \t\n\f\r\b\x7f\0"s, Bytes()},
+      {"9j\bqo\x7f^\0 "s, bytesOf("Man ")},
+      {"9jq\vo^", {}},
+      {"9jqo^~>9jqo^", bytesOf("Man Man ")},
+      {"~>~>9jqo^~>", bytesOf("Man ")},
+      {"9~>", {}},
+      {"9jqo^9", {}},
+      {"9jqo^~", {}},
+      {"v", {}},
+      {"uuuuu", Bytes{0x08, 0x78, 0x0E, 0xC4}},  // 85^5 - 1 wraps at 2^32
+      {"!!", Bytes{0}},
+      {"9j", Bytes{0x4D}},
+      {"!!!", Bytes{0, 0}},
+      {"9jq~>", Bytes{0x4D, 0x61}},
+      {"9jqo", bytesOf("Man")},
+      {"!!!!", Bytes{0, 0, 0}},
+      {"uuu", Bytes{0x08, 0x78}},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.text);
+    const Bytes text = bytesOf(c.text), none;
+    const bool empty = !c.expected || c.expected->empty();
+    const Decoded counted{c.expected ? S_OK : E_UNEXPECTED, Bytes(c.expected ? c.expected->size() : 0)};
+    EXPECT_EQ(decoded(ASCII85Decode, text), (Decoded{empty ? E_FAIL : S_OK, empty ? none : *c.expected}));
+    EXPECT_EQ(decoded(ASCII85Decode, text, 1), counted);
+    EXPECT_EQ(decoded(ASCII85Decode, text, 7), (Decoded{counted.status, {}}));
+  }
+  std::uint8_t* out = nullptr;
+  unsigned int outLen = 1;
+  EXPECT_EQ(ASCII85Decode(nullptr, 0, out, outLen, 0), E_FAIL);
+  EXPECT_EQ(ASCII85Decode(nullptr, 0, out, outLen, 1), S_OK);
+}
+
+// The text of random groups that hold digits only, values beyond 2^32 among them, broken by white space and 'z'.
+TEST(ASCII85Decode, RandomTextsAtEveryLevel) {
+  std::mt19937 random(6);
+  atEveryLevel([&] {
+    for (int round = 0; round < 400; ++round) {
+      Bytes text, expected;
+      const unsigned broken = round % 3 ? 100 : 6;
+      for (std::size_t groups = random() % 200; groups > 0; --groups) {
+        if (random() % 20 == 0) {
+          text.push_back('z');
+          expected.insert(expected.end(), 4, 0);
+        }
+        std::uint32_t value = 0;
+        for (int k = 0; k < 5; ++k) {
+          const auto digit = static_cast<unsigned>(random() % 85);
+          value = value * 85 + digit;
+          text.push_back(static_cast<std::uint8_t>('!' + digit));
+          if (random() % broken == 0) text.push_back('\n');
+        }
+        for (int shift = 24; shift >= 0; shift -= 8) expected.push_back(static_cast<std::uint8_t>(value >> shift));
+      }
+      ASSERT_EQ(decoded(ASCII85Decode, text), (Decoded{expected.empty() ? E_FAIL : S_OK, expected}));
+      if (text.empty()) continue;
+      constexpr std::uint8_t malformed[] = {'v', '{', 11, 128, 255, 'y'};
+      text[random() % text.size()] = malformed[random() % 6];
+      ASSERT_EQ(decoded(ASCII85Decode, text, 1), (Decoded{E_UNEXPECTED, {}}));
+    }
+  });
+}
+
+TEST(Decoders, TakeBackWhatIsEncoded) {
+  std::mt19937 random(7);
+  for (const auto format : kByteFormats) {
+    const Image image = randomImage(97, 103, format, random, Texture::Smooth);
+    const Bytes samples = printSamples(*image, true, 1);
+    RecordingStream records, dump;
+    RunLengthEncode(records, 1, image.get(), 1, 0);
+    DumpImage(dump, image.get(), 1);
+    const auto text = [](const RecordingStream& stream) {
+      Bytes bytes = bytesOf(stream.text());
+      std::erase(bytes, kFlush);
+      return bytes;
+    };
+    // Only the pieces of whole groups go together as one text, so the last bytes of a dump's blocks are whole too.
+    EXPECT_EQ(decoded(ASCII85Decode, text(dump)).bytes, samples);
+    EXPECT_EQ(decoded(RunLengthDecode, decoded(ASCII85Decode, text(records)).bytes).bytes, samples);
+  }
+}
+
+}  // namespace
+}  // namespace qav::test
