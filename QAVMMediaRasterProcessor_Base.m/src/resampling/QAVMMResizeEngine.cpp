@@ -1,7 +1,7 @@
 #include <QAVMMResizeEngine.h>
 
-#include "resampling/DirectPasses.h"
-#include "resampling/Owned.h"
+#include "resampling/ImagePasses.h"
+#include "resampling/ImageSamples.h"
 
 #include <QAVCheck.h>
 #include <QAVMMPIPixelColorSpec.h>
@@ -63,60 +63,6 @@ void copyPixels(QAVPixelImage& src, QAVPixelImage& dst, const PassSizes& sizes, 
   }
 }
 
-enum class SampleKind { None, Bit, Byte, Float };
-
-SampleKind sampleKindOf(QAVPixelImage& image) {
-  const QAVPixelImageFormat format = image.GetFormat();
-  if (format == RGBFloat || format == RGBAFloat) return SampleKind::Float;
-  if (format != L8 && format != RGB888 && format != RGBA8888 && format != BitonalRuns) return SampleKind::None;
-  switch (image.GetBitsPerPixel()) {
-    case 1:
-      return SampleKind::Bit;
-    case 8:
-    case 24:
-    case 32:
-      return SampleKind::Byte;
-    default:
-      return SampleKind::None;
-  }
-}
-
-bool holdsChannels(int channels) { return channels >= 1 && channels <= 4; }
-
-void resampleRows(QAVPixelImage& src, QAVPixelImage& dst, const PassSizes& sizes, const QAVMMWeightsTable& table) {
-  const SampleKind kind = sampleKindOf(src);
-  if (kind == SampleKind::Float) {
-    const auto source = qav::floatRows(src), target = qav::floatRows(dst);
-    const int channels = src.GetBytesPerPixel() / 4;
-    if (source.data && target.data && holdsChannels(channels))
-      resampleRowsDirectly(source, target, channels, sizes, table);
-    return;
-  }
-  if (kind == SampleKind::None || (kind == SampleKind::Bit && dst.GetBytesPerPixel() != 8)) return;
-  const auto source = qav::byteRows(src), target = qav::byteRows(dst);
-  if (!source.data || !target.data) return;
-  const int channels = src.GetBytesPerPixel();
-  if (kind == SampleKind::Bit)
-    expandBitRowsDirectly(source, target, sizes, table);
-  else if (holdsChannels(channels))
-    resampleRowsDirectly(source, target, channels, sizes, table);
-}
-
-void resampleColumns(QAVPixelImage& src, QAVPixelImage& dst, const PassSizes& sizes, const QAVMMWeightsTable& table) {
-  const SampleKind kind = sampleKindOf(src);
-  if (kind == SampleKind::Float) {
-    const auto source = qav::floatRows(src), target = qav::floatBuffer(dst);
-    const int channels = src.GetBytesPerPixel() / 4;
-    if (source.data && target.data && holdsChannels(channels))
-      resampleColumnsDirectly(source, target, channels, sizes, table);
-  } else if (kind == SampleKind::Byte) {
-    const auto source = qav::byteRows(src), target = qav::byteBuffer(dst);
-    const int channels = src.GetBytesPerPixel();
-    if (source.data && target.data && holdsChannels(channels))
-      resampleColumnsDirectly(source, target, channels, sizes, table);
-  }
-}
-
 }  // namespace
 
 bool QAVMMResizeEngine::__DoesResizeSupportFormat(QAVPixelImageFormat format) {
@@ -135,9 +81,12 @@ QAVPixelImage* QAVMMResizeEngine::scale(QAVPixelImage* src, unsigned int width, 
   const auto srcWidth = static_cast<std::uint32_t>(w), srcHeight = static_cast<std::uint32_t>(h);
   const QAVPixelImageFormat format = src->GetFormat();
   if (src->GetBytesPerPixel() == 1) return nullptr;
-  OwnedImage result = newImage(width, height, format);
   // Both products wrap at 2^32.
-  if (srcHeight * width > srcWidth * height) {
+  const bool verticalFirst = srcHeight * width > srcWidth * height;
+  if (OwnedImage result = qav::scaleAtOnce(*src, {srcWidth, srcHeight, width, height}, filter, verticalFirst))
+    return result.release();
+  OwnedImage result = newImage(width, height, format);
+  if (verticalFirst) {
     const OwnedImage between = newImage(srcWidth, height, format);
     verticalFilter(src, srcWidth, srcHeight, between.get(), srcWidth, height);
     horizontalFilter(between.get(), srcWidth, height, result.get(), width, height);
