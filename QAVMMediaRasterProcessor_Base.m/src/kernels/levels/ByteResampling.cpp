@@ -48,7 +48,8 @@ std::uint8_t exactSample(const std::uint8_t* const* rows, std::size_t at, const 
 }
 
 // kVectorBytes columns from `at` on.
-void exactColumns(const std::uint8_t* const* rows, std::size_t at, const ByteTaps& taps, std::uint8_t* out) {
+[[gnu::noinline]] void exactColumns(const std::uint8_t* const* rows, std::size_t at, const ByteTaps& taps,
+                                    std::uint8_t* out) {
   constexpr std::size_t kVectors = kVectorBytes / kDoubles;
   F64 sums[kVectors] = {};
   for (std::int32_t t = 0; t < taps.count; ++t) {
@@ -78,13 +79,13 @@ void exactColumns(const std::uint8_t* const* rows, std::size_t at, const ByteTap
 }
 
 // The eight 16-bit results of two vectors side by side in each 128-bit lane, then sixteen bytes; all saturate.
-[[gnu::always_inline]] inline U8 packed(const I32 (&v)[4]) {
+[[gnu::always_inline]] inline U8 packed(I32 a, I32 b, I32 c, I32 d) {
 #if QAV_KERNEL_LEVEL >= 2
-  return (U8)_mm512_packus_epi16(_mm512_packs_epi32((__m512i)v[0], (__m512i)v[1]),
-                                 _mm512_packs_epi32((__m512i)v[2], (__m512i)v[3]));
+  return (U8)_mm512_packus_epi16(_mm512_packs_epi32((__m512i)a, (__m512i)b),
+                                 _mm512_packs_epi32((__m512i)c, (__m512i)d));
 #else
-  return (U8)_mm256_packus_epi16(_mm256_packs_epi32((__m256i)v[0], (__m256i)v[1]),
-                                 _mm256_packs_epi32((__m256i)v[2], (__m256i)v[3]));
+  return (U8)_mm256_packus_epi16(_mm256_packs_epi32((__m256i)a, (__m256i)b),
+                                 _mm256_packs_epi32((__m256i)c, (__m256i)d));
 #endif
 }
 
@@ -96,35 +97,42 @@ void exactColumns(const std::uint8_t* const* rows, std::size_t at, const ByteTap
 #endif
 }
 
-// The running sums of four vectors of results, and their end.
+// The running sum of a vector of results. (Named members: the compiler keeps arrays in memory.)
 template <int kDigits>
-struct Sums {
-  I32 of[4][kDigits];
+struct Sum {
+  I32 high{}, middle{}, low;
 
-  [[gnu::always_inline]] void start(int v, std::int32_t bias) {
-    for (int d = 0; d < kDigits - 1; ++d) of[v][d] = I32{};
-    of[v][kDigits - 1] = splat<I32>(bias);
-  }
-  [[gnu::always_inline]] void add(int v, U8 bytes, const std::int32_t* digits) {
-    for (int d = 0; d < kDigits; ++d) of[v][d] = addProducts(of[v][d], bytes, digits[d]);
-  }
-  [[gnu::always_inline]] I32 total(int v) const {
-    I32 sum = of[v][0];
-    for (int d = 1; d < kDigits; ++d) sum = (sum << 7) + of[v][d];
-    return sum;
-  }
-  // The rounded results; `lowest` becomes the smallest fraction of each lane, as 32 bits.
-  [[gnu::always_inline]] U8 finish(int shift, U32& lowest) const {
-    I32 results[4];
-    lowest = splat<U32>(0xFFFFFFFFu);
-    for (int v = 0; v < 4; ++v) {
-      const I32 sum = total(v);
-      if constexpr (kDigits > 1) lowest = min(lowest, (U32)sum << (32 - shift));
-      results[v] = sum >> shift;
+  [[gnu::always_inline]] explicit Sum(std::int32_t bias) : low(splat<I32>(bias)) {}
+  [[gnu::always_inline]] void add(U8 bytes, const std::int32_t* digits) {
+    if constexpr (kDigits == 3) {
+      high = addProducts(high, bytes, digits[0]);
+      middle = addProducts(middle, bytes, digits[1]);
     }
-    return packed(results);
+    low = addProducts(low, bytes, digits[kDigits - 1]);
   }
+  [[gnu::always_inline]] I32 total() const { return kDigits == 3 ? (((high << 7) + middle) << 7) + low : low; }
 };
+
+// Rounded results of four sums; and whether one of them is too close to call.
+struct Rounded {
+  U8 bytes;
+  bool doubtful = false;
+};
+
+template <int kDigits>
+[[gnu::always_inline]] inline Rounded roundedSums(const Sum<kDigits>& s0, const Sum<kDigits>& s1,
+                                                  const Sum<kDigits>& s2, const Sum<kDigits>& s3,
+                                                  const ByteWeights& weights) {
+  const int shift = weights.shift[kDigits == 3 ? 2 : 1];
+  const I32 t0 = s0.total(), t1 = s1.total(), t2 = s2.total(), t3 = s3.total();
+  Rounded rounded{packed(t0 >> shift, t1 >> shift, t2 >> shift, t3 >> shift)};
+  if constexpr (kDigits == 3) {
+    const int whole = 32 - shift;
+    const U32 lowest = min(min((U32)t0 << whole, (U32)t1 << whole), min((U32)t2 << whole, (U32)t3 << whole));
+    rounded.doubtful = anyBelow(lowest, splat<U32>(weights.doubt));
+  }
+  return rounded;
+}
 
 [[gnu::always_inline]] inline void interleaveRows(const std::uint8_t* const* rows, std::size_t at, U8 (&out)[4]) {
 #if QAV_KERNEL_LEVEL >= 2
@@ -150,18 +158,22 @@ struct Sums {
 }
 
 template <int kDigits>
-void integerColumns(const std::uint8_t* const* rows, std::size_t at, const ByteTaps& taps, int shift,
-                    std::uint32_t doubt, std::uint8_t* out) {
-  Sums<kDigits> sums;
-  for (int v = 0; v < 4; ++v) sums.start(v, taps.bias);
+[[gnu::always_inline]] inline void integerColumns(const std::uint8_t* const* rows, std::size_t at, const ByteTaps& taps,
+                                                  const ByteWeights& weights, std::uint8_t* out) {
+  Sum<kDigits> s0(taps.bias), s1(taps.bias), s2(taps.bias), s3(taps.bias);
   for (std::int32_t g = 0; g < taps.groups; ++g) {
     U8 bytes[4];
     interleaveRows(rows + 4 * g, at, bytes);
-    for (int v = 0; v < 4; ++v) sums.add(v, bytes[v], taps.digits + g * kDigits);
+    const std::int32_t* const digits = taps.digits + g * kDigits;
+    s0.add(bytes[0], digits);
+    s1.add(bytes[1], digits);
+    s2.add(bytes[2], digits);
+    s3.add(bytes[3], digits);
   }
-  U32 lowest;
-  store(out + at, sums.finish(shift, lowest));
-  if (kDigits > 1 && anyBelow(lowest, splat<U32>(doubt))) exactColumns(rows, at, taps, out);
+  const Rounded rounded = roundedSums(s0, s1, s2, s3, weights);
+  store(out + at, rounded.bytes);
+  if (rounded.doubtful) [[unlikely]]
+    exactColumns(rows, at, taps, out);
 }
 
 #endif
@@ -181,14 +193,12 @@ template <class Block>
 void columns(const std::uint8_t* const* rows, std::size_t samples, const ByteTaps& taps,
              [[maybe_unused]] const ByteWeights& weights, std::uint8_t* out) {
 #if QAV_KERNEL_LEVEL >= 1
-  const int shift = weights.shift[static_cast<int>(taps.sum)];
-  const std::uint32_t doubt = weights.doubt;
   if (taps.sum == ByteSum::OneDigit)
     return overColumns(rows, samples, taps, out,
-                       [&](std::size_t at) { integerColumns<1>(rows, at, taps, shift, doubt, out); });
+                       [&](std::size_t at) { integerColumns<1>(rows, at, taps, weights, out); });
   if (taps.sum == ByteSum::ThreeDigits)
     return overColumns(rows, samples, taps, out,
-                       [&](std::size_t at) { integerColumns<3>(rows, at, taps, shift, doubt, out); });
+                       [&](std::size_t at) { integerColumns<3>(rows, at, taps, weights, out); });
 #endif
   overColumns(rows, samples, taps, out, [&](std::size_t at) { exactColumns(rows, at, taps, out); });
 }
@@ -263,7 +273,7 @@ void exactPixel(const std::uint8_t* groups, const ByteTaps& taps, std::uint8_t* 
 }
 
 // Four pixels of all rows: in each lane the four pixels of one row.
-U8 exactBlock(const std::uint8_t* groups, const ByteTaps* taps, std::size_t count) {
+[[gnu::noinline]] U8 exactBlock(const std::uint8_t* groups, const ByteTaps* taps, std::size_t count) {
   alignas(kVectorBytes) std::uint8_t block[kVectorBytes] = {};
   for (std::size_t p = 0; p < count; ++p) {
     std::uint8_t pixel[4 * kRows];
@@ -274,39 +284,56 @@ U8 exactBlock(const std::uint8_t* groups, const ByteTaps* taps, std::size_t coun
 }
 
 template <int kDigits>
-[[gnu::always_inline]] inline U8 integerBlock(const std::uint8_t* groups, const ByteTaps* taps, std::size_t count,
-                                              const ByteWeights& weights) {
-  Sums<kDigits> sums;
-  for (std::size_t p = 0; p < kBlock; ++p) {
-    const ByteTaps& tap = taps[p < count ? p : 0];
-    const int v = static_cast<int>(p);
-    sums.start(v, tap.bias);
-    const std::uint8_t* const from = groups + static_cast<std::size_t>(tap.firstGroup) * kVectorBytes;
-    for (std::int32_t g = 0; g < tap.groups; ++g)
-      sums.add(v, load<U8>(from + static_cast<std::size_t>(g) * kVectorBytes), tap.digits + g * kDigits);
-  }
-  U32 lowest;
-  const U8 block = sums.finish(weights.shift[kDigits > 1 ? 2 : 1], lowest);
-  if (kDigits > 1 && anyBelow(lowest, splat<U32>(weights.doubt))) [[unlikely]]
-    return exactBlock(groups, taps, count);
-  return block;
+[[gnu::always_inline]] inline Sum<kDigits> pixelSum(const std::uint8_t* groups, const ByteTaps& taps) {
+  Sum<kDigits> sum(taps.bias);
+  const std::uint8_t* from = groups + static_cast<std::size_t>(taps.firstGroup) * kVectorBytes;
+  const std::int32_t* digits = taps.digits;
+  for (std::int32_t g = 0; g < taps.groups; ++g, from += kVectorBytes, digits += kDigits)
+    sum.add(load<U8>(from), digits);
+  return sum;
 }
 
+template <int kDigits>
+[[gnu::always_inline]] inline U8 integerBlock(const std::uint8_t* groups, const ByteTaps* taps, std::size_t count,
+                                              const ByteWeights& weights) {
+  const Sum<kDigits> s0 = pixelSum<kDigits>(groups, taps[0]);
+  const Sum<kDigits> s1 = pixelSum<kDigits>(groups, taps[count > 1 ? 1 : 0]);
+  const Sum<kDigits> s2 = pixelSum<kDigits>(groups, taps[count > 2 ? 2 : 0]);
+  const Sum<kDigits> s3 = pixelSum<kDigits>(groups, taps[count > 3 ? 3 : 0]);
+  const Rounded rounded = roundedSums(s0, s1, s2, s3, weights);
+  if (rounded.doubtful) [[unlikely]]
+    return exactBlock(groups, taps, count);
+  return rounded.bytes;
+}
+
+template <int kLane>
+[[gnu::always_inline]] inline __m128i laneOf(U8 v) {
+#if QAV_KERNEL_LEVEL >= 2
+  return _mm512_extracti32x4_epi32((__m512i)v, kLane % 4);
+#else
+  return _mm256_extracti128_si256((__m256i)v, kLane % 2);
+#endif
+}
+
+[[gnu::always_inline]] inline void storeLane(std::uint8_t* to, __m128i lane, std::size_t length) {
+  if (length >= 16)
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(to), lane);
+  else
+    std::memcpy(to, &lane, length);
+}
+
+// One four of pixels. A whole store of three-channel pixels writes four bytes too many, which the next overwrites.
 template <int kChannels>
-void storeBlock(U8 block, std::size_t at, std::size_t pixels, std::size_t rowCount, std::uint8_t* const* out) {
+[[gnu::always_inline]] inline void storeBlock(U8 block, std::size_t at, std::size_t pixels, std::size_t rowCount,
+                                              std::uint8_t* const* out) {
   if (kChannels == 3)
     block = shuffleLanes(block, _mm_setr_epi8(0, 1, 2, 4, 5, 6, 8, 9, 10, 12, 13, 14, -1, -1, -1, -1));
-  alignas(kVectorBytes) std::uint8_t lanes[kVectorBytes];
-  store(lanes, block);
-  // A whole store of three-channel pixels writes four bytes that the next block overwrites.
-  const std::size_t begin = at * kChannels, bytes = (pixels - at) * kChannels;
-  const std::size_t length = bytes < 4 * kChannels ? bytes : 4 * kChannels;
-  for (std::size_t r = 0; r < rowCount; ++r) {
-    if (bytes >= 16)
-      std::memcpy(out[r] + begin, lanes + 16 * r, 16);
-    else
-      std::memcpy(out[r] + begin, lanes + 16 * r, length);
-  }
+  const std::size_t begin = at * kChannels, left = (pixels - at) * kChannels;
+  const std::size_t length = left >= 16 || left < kBlock * kChannels ? left : kBlock * kChannels;
+  storeLane(out[0] + begin, laneOf<0>(block), length);
+  if (rowCount > 1) storeLane(out[1] + begin, laneOf<1>(block), length);
+  if (kRows > 2 && rowCount > 2) storeLane(out[2] + begin, laneOf<2>(block), length);
+  if (kRows > 2 && rowCount > 3) storeLane(out[3] + begin, laneOf<3>(block), length);
 }
 
 template <int kChannels>
