@@ -16,9 +16,11 @@ struct FloatTaps {
 /// infinite samples and negative zeros show.
 struct FloatResamplingKernels {
   std::size_t rowsAtOnce;
-  /// Resamples 1 to rowsAtOnce rows of pixels of 3 or 4 channels to `count` pixels.
-  void (*rows)(const float* const* in, std::size_t rowCount, int channels, const FloatTaps* taps, std::size_t count,
-               float* const* out);
+  /// Doubles of scratch memory that `rows` takes for rows of that many pixels.
+  std::size_t (*rowScratch)(std::size_t pixels);
+  /// Resamples 1 to rowsAtOnce rows of `pixels` pixels of 3 or 4 channels to `count` pixels.
+  void (*rows)(const float* const* in, std::size_t rowCount, std::size_t pixels, int channels, const FloatTaps* taps,
+               std::size_t count, float* const* out, double* scratch);
   /// One output row: the weighted sum of as many rows as there are taps.
   void (*columns)(const float* const* rows, std::size_t samples, const FloatTaps& taps, float* out);
 };

@@ -52,11 +52,13 @@ class FloatPasses {
   using Sample = float;
 
   explicit FloatPasses(const StripJob<Sample>& job)
-      : channels_(job.channels), horizontal_(tapsOf(job.horizontal)), vertical_(tapsOf(job.vertical)) {}
+      : channels_(job.channels), horizontal_(tapsOf(job.horizontal)), vertical_(tapsOf(job.vertical)) {
+    if (job.horizontal) scratch_.resize(kernels_.rowScratch(job.sourceWidth));
+  }
 
   std::size_t rowsAtOnce() const { return kernels_.rowsAtOnce; }
-  void resampleRows(const Sample* const* in, std::size_t count, std::size_t, Sample* const* out) const {
-    kernels_.rows(in, count, channels_, horizontal_.data(), horizontal_.size(), out);
+  void resampleRows(const Sample* const* in, std::size_t count, std::size_t pixels, Sample* const* out) {
+    kernels_.rows(in, count, pixels, channels_, horizontal_.data(), horizontal_.size(), out, scratch_.data());
   }
   const kernels::FloatTaps& verticalTaps(std::size_t y) const { return vertical_[y]; }
   static std::size_t rowsLookedAt(const kernels::FloatTaps& taps) { return static_cast<std::size_t>(taps.count); }
@@ -78,6 +80,7 @@ class FloatPasses {
   int channels_;
   std::vector<kernels::FloatTaps> horizontal_;
   std::vector<kernels::FloatTaps> vertical_;
+  std::vector<double> scratch_;
 };
 
 // Addresses of rows, for one output row of the vertical pass after another.

@@ -56,8 +56,14 @@ void columns(const float* const* rows, std::size_t samples, const FloatTaps& tap
 
 #if QAV_KERNEL_LEVEL >= 1
 
-// A pixel of each row in four lanes.
-constexpr std::size_t kRows = kDoubles / 4;
+// A pixel of each row in four lanes; two vectors of such pixels at a time, which share their weights. Source pixels are
+// turned into doubles once, just before the first result that looks at them.
+constexpr std::size_t kRowsOfVector = kDoubles / 4;
+constexpr std::size_t kRows = 2 * kRowsOfVector;
+constexpr std::size_t kPixelDoubles = 2 * kDoubles;
+constexpr std::size_t kPixelsAhead = 16;
+
+std::size_t rowScratch(std::size_t pixels) { return pixels * kPixelDoubles; }
 
 template <int kChannels>
 [[gnu::always_inline]] inline __m128 loadPixel(const float* from) {
@@ -87,7 +93,7 @@ template <int kChannels>
 [[gnu::always_inline]] inline void storePixels(float* const* rows, std::size_t rowCount, std::size_t at, F64 pixels) {
 #if QAV_KERNEL_LEVEL >= 2
   const __m256 both = _mm512_cvtpd_ps((__m512d)pixels);
-  storePixel<kChannels>(rows[0] + at, _mm256_castps256_ps128(both));
+  if (rowCount > 0) storePixel<kChannels>(rows[0] + at, _mm256_castps256_ps128(both));
   if (rowCount > 1) storePixel<kChannels>(rows[1] + at, _mm256_extractf128_ps(both, 1));
 #else
   if (rowCount > 0) storePixel<kChannels>(rows[0] + at, _mm256_cvtpd_ps((__m256d)pixels));
@@ -95,15 +101,36 @@ template <int kChannels>
 }
 
 template <int kChannels>
-void rowsOf(const float* const* in, std::size_t rowCount, const FloatTaps* taps, std::size_t count, float* const* out) {
+void widenPixels(const float* const* rows, std::size_t from, std::size_t to, double* pixels) {
+  for (std::size_t x = from; x < to; ++x) {
+    store(pixels + x * kPixelDoubles, loadPixels<kChannels>(rows, x * kChannels));
+    store(pixels + x * kPixelDoubles + kDoubles, loadPixels<kChannels>(rows + kRowsOfVector, x * kChannels));
+  }
+}
+
+template <int kChannels>
+void rowsOf(const float* const* in, std::size_t rowCount, std::size_t pixels, const FloatTaps* taps, std::size_t count,
+            float* const* out, double* scratch) {
   const float* sources[kRows];
   for (std::size_t r = 0; r < kRows; ++r) sources[r] = in[r < rowCount ? r : 0];
+  const std::size_t secondRows = rowCount > kRowsOfVector ? rowCount - kRowsOfVector : 0;
+  std::size_t widened = 0;
   for (std::size_t x = 0; x < count; ++x) {
-    F64 sum{};
-    std::size_t at = static_cast<std::size_t>(taps[x].left) * kChannels;
-    for (std::int32_t t = 0; t < taps[x].count; ++t, at += kChannels)
-      sum += loadPixels<kChannels>(sources, at) * splat<F64>(taps[x].weights[t]);
-    storePixels<kChannels>(out, rowCount, x * kChannels, sum);
+    const auto left = static_cast<std::size_t>(taps[x].left), end = left + static_cast<std::size_t>(taps[x].count);
+    if (end > widened) {
+      const std::size_t ahead = pixels - end < kPixelsAhead ? pixels : end + kPixelsAhead;
+      widenPixels<kChannels>(sources, widened, ahead, scratch);
+      widened = ahead;
+    }
+    const double* pixel = scratch + left * kPixelDoubles;
+    F64 first{}, second{};
+    for (std::int32_t t = 0; t < taps[x].count; ++t, pixel += kPixelDoubles) {
+      const F64 weight = splat<F64>(taps[x].weights[t]);
+      first += load<F64>(pixel) * weight;
+      second += load<F64>(pixel + kDoubles) * weight;
+    }
+    storePixels<kChannels>(out, rowCount, x * kChannels, first);
+    if (secondRows > 0) storePixels<kChannels>(out + kRowsOfVector, secondRows, x * kChannels, second);
   }
 }
 
@@ -111,8 +138,11 @@ void rowsOf(const float* const* in, std::size_t rowCount, const FloatTaps* taps,
 
 constexpr std::size_t kRows = 1;
 
+std::size_t rowScratch(std::size_t) { return 0; }
+
 template <int kChannels>
-void rowsOf(const float* const* in, std::size_t rowCount, const FloatTaps* taps, std::size_t count, float* const* out) {
+void rowsOf(const float* const* in, std::size_t rowCount, std::size_t, const FloatTaps* taps, std::size_t count,
+            float* const* out, double*) {
   for (std::size_t r = 0; r < rowCount; ++r) {
     for (std::size_t x = 0; x < count; ++x) {
       double sums[kChannels] = {};
@@ -127,17 +157,17 @@ void rowsOf(const float* const* in, std::size_t rowCount, const FloatTaps* taps,
 
 #endif
 
-void rows(const float* const* in, std::size_t rowCount, int channels, const FloatTaps* taps, std::size_t count,
-          float* const* out) {
+void rows(const float* const* in, std::size_t rowCount, std::size_t pixels, int channels, const FloatTaps* taps,
+          std::size_t count, float* const* out, double* scratch) {
   if (channels == 4)
-    rowsOf<4>(in, rowCount, taps, count, out);
+    rowsOf<4>(in, rowCount, pixels, taps, count, out, scratch);
   else
-    rowsOf<3>(in, rowCount, taps, count, out);
+    rowsOf<3>(in, rowCount, pixels, taps, count, out, scratch);
 }
 
 }  // namespace
 
 extern const FloatResamplingKernels floatResampling;
-const FloatResamplingKernels floatResampling = {kRows, &rows, &columns};
+const FloatResamplingKernels floatResampling = {kRows, &rowScratch, &rows, &columns};
 
 #include "RegionEnd.h"
