@@ -4,6 +4,7 @@
 #include "resampling/StripPasses.h"
 
 #include "PixelLayout.h"
+#include "PixelMemory.h"
 
 #include <QAVMMWeightsTable.h>
 
@@ -77,7 +78,7 @@ void resampleColumnsOf(const ImageSamples<Sample>& source, const ImageSamples<Sa
 
 // The buffer of a new image, not zeroed, as every sample will be written.
 Owned<QAVPixelImage> newImageToFill(int width, int height, QAVPixelImageFormat format) {
-  std::unique_ptr<unsigned char[]> pixels(new unsigned char[pixelBytes(width, height, format)]);
+  std::unique_ptr<unsigned char[]> pixels(newPixelBuffer(pixelBytes(width, height, format)));
   Owned<QAVPixelImage> image(new QAVPixelImage(width, height, format, pixels.get(), QAVDeallocatePixelsByImage));
   pixels.release();
   return image;

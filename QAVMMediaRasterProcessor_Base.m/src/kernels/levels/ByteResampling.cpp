@@ -47,10 +47,11 @@ std::uint8_t exactSample(const std::uint8_t* const* rows, std::size_t at, const 
   return v >= 255.0 ? 255 : v > 0.0 ? static_cast<std::uint8_t>(v) : 0;
 }
 
-// kVectorBytes columns from `at` on.
+// kCount columns from `at` on.
+template <std::size_t kCount>
 [[gnu::noinline]] void exactColumns(const std::uint8_t* const* rows, std::size_t at, const ByteTaps& taps,
                                     std::uint8_t* out) {
-  constexpr std::size_t kVectors = kVectorBytes / kDoubles;
+  constexpr std::size_t kVectors = kCount / kDoubles;
   F64 sums[kVectors] = {};
   for (std::int32_t t = 0; t < taps.count; ++t) {
     const F64 weight = splat<F64>(taps.weights[t]);
@@ -89,11 +90,12 @@ std::uint8_t exactSample(const std::uint8_t* const* rows, std::size_t at, const 
 #endif
 }
 
-[[gnu::always_inline]] inline bool anyBelow(U32 v, U32 bound) {
+// Bit i is set where lane i of `v` is below the bound.
+[[gnu::always_inline]] inline std::uint32_t lanesBelow(U32 v, U32 bound) {
 #if QAV_KERNEL_LEVEL >= 2
-  return _mm512_cmplt_epu32_mask((__m512i)v, (__m512i)bound) != 0;
+  return _mm512_cmplt_epu32_mask((__m512i)v, (__m512i)bound);
 #else
-  return signBits((U8)(v < bound)) != 0;
+  return static_cast<std::uint32_t>(_mm256_movemask_ps((__m256)(v < bound)));
 #endif
 }
 
@@ -113,10 +115,10 @@ struct Sum {
   [[gnu::always_inline]] I32 total() const { return kDigits == 3 ? (((high << 7) + middle) << 7) + low : low; }
 };
 
-// Rounded results of four sums; and whether one of them is too close to call.
+// Rounded results of four sums; and the lanes in which one of them is too close to call.
 struct Rounded {
   U8 bytes;
-  bool doubtful = false;
+  std::uint32_t doubtful = 0;
 };
 
 template <int kDigits>
@@ -129,7 +131,7 @@ template <int kDigits>
   if constexpr (kDigits == 3) {
     const int whole = 32 - shift;
     const U32 lowest = min(min((U32)t0 << whole, (U32)t1 << whole), min((U32)t2 << whole, (U32)t3 << whole));
-    rounded.doubtful = anyBelow(lowest, splat<U32>(weights.doubt));
+    rounded.doubtful = lanesBelow(lowest, splat<U32>(weights.doubt));
   }
   return rounded;
 }
@@ -157,6 +159,13 @@ template <int kDigits>
   out[3] = (U8)high16(abHigh, cdHigh);
 }
 
+// Four lanes stand for sixteen columns.
+[[gnu::noinline]] void decideColumns(const std::uint8_t* const* rows, std::size_t at, const ByteTaps& taps,
+                                     std::uint32_t doubtful, std::uint8_t* out) {
+  for (; doubtful != 0; doubtful >>= 4, at += 16)
+    if (doubtful & 15) exactColumns<16>(rows, at, taps, out);
+}
+
 template <int kDigits>
 [[gnu::always_inline]] inline void integerColumns(const std::uint8_t* const* rows, std::size_t at, const ByteTaps& taps,
                                                   const ByteWeights& weights, std::uint8_t* out) {
@@ -173,7 +182,7 @@ template <int kDigits>
   const Rounded rounded = roundedSums(s0, s1, s2, s3, weights);
   store(out + at, rounded.bytes);
   if (rounded.doubtful) [[unlikely]]
-    exactColumns(rows, at, taps, out);
+    decideColumns(rows, at, taps, rounded.doubtful, out);
 }
 
 #endif
@@ -200,7 +209,7 @@ void columns(const std::uint8_t* const* rows, std::size_t samples, const ByteTap
     return overColumns(rows, samples, taps, out,
                        [&](std::size_t at) { integerColumns<3>(rows, at, taps, weights, out); });
 #endif
-  overColumns(rows, samples, taps, out, [&](std::size_t at) { exactColumns(rows, at, taps, out); });
+  overColumns(rows, samples, taps, out, [&](std::size_t at) { exactColumns<kVectorBytes>(rows, at, taps, out); });
 }
 
 #if QAV_KERNEL_LEVEL >= 1
