@@ -40,7 +40,7 @@ struct ByteResamplingKernels {
   /// Bytes of scratch memory that `rows` takes for rows of that many pixels.
   std::size_t (*rowScratch)(std::size_t pixels, const ByteWeights& weights);
   /// Resamples 1 to rowsAtOnce rows of `pixels` pixels of 3 or 4 channels to `count` pixels. Groups of taps begin at
-  /// multiples of four; positions are computed in fours, the same kind of sum and the same groups for each four.
+  /// multiples of four; positions are computed in fours, each four with one kind of sum.
   void (*rows)(const std::uint8_t* const* in, std::size_t rowCount, std::size_t pixels, int channels,
                const ByteTaps* taps, std::size_t count, const ByteWeights& weights, std::uint8_t* const* out,
                std::uint8_t* scratch);

@@ -194,8 +194,6 @@ class Planner {
       taps.groups = ((fours_ ? taps.left % 4 : 0) + taps.count + 3) / 4;
       plan_.weights.maxGroups = std::max(plan_.weights.maxGroups, taps.groups);
     }
-    for (ByteTaps& taps : plan_.taps)
-      if (fours_ && taps.sum != ByteSum::Exact) taps.groups = plan_.weights.maxGroups;
   }
 
   static std::size_t digitsOf(ByteSum sum) { return sum == ByteSum::OneDigit ? 1 : 3; }

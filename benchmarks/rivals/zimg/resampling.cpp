@@ -77,9 +77,7 @@ std::function<void()> scaling(int width, int height, zimg_resample_filter_e filt
 }
 
 std::function<void()> cubic(int width, int height) { return scaling(width, height, ZIMG_RESIZE_BICUBIC, 0.0, 0.5); }
-std::function<void()> lanczos(int width, int height) {
-  return scaling(width, height, ZIMG_RESIZE_LANCZOS, 3.0, 0.0);
-}
+std::function<void()> lanczos(int width, int height) { return scaling(width, height, ZIMG_RESIZE_LANCZOS, 3.0, 0.0); }
 
 [[maybe_unused]] const bool added[] = {
     add("resize cubic to 640x360", "zimg", cubic(640, 360)),

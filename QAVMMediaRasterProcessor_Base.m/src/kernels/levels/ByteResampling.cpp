@@ -115,10 +115,11 @@ struct Sum {
   [[gnu::always_inline]] I32 total() const { return kDigits == 3 ? (((high << 7) + middle) << 7) + low : low; }
 };
 
-// Rounded results of four sums; and the lanes in which one of them is too close to call.
+// Rounded results of four sums; the lanes in which one of them is too close to call, and which of the four are so.
 struct Rounded {
   U8 bytes;
   std::uint32_t doubtful = 0;
+  unsigned doubtfulSums = 0;
 };
 
 template <int kDigits>
@@ -130,8 +131,12 @@ template <int kDigits>
   Rounded rounded{packed(t0 >> shift, t1 >> shift, t2 >> shift, t3 >> shift)};
   if constexpr (kDigits == 3) {
     const int whole = 32 - shift;
-    const U32 lowest = min(min((U32)t0 << whole, (U32)t1 << whole), min((U32)t2 << whole, (U32)t3 << whole));
-    rounded.doubtful = lanesBelow(lowest, splat<U32>(weights.doubt));
+    const U32 f0 = (U32)t0 << whole, f1 = (U32)t1 << whole, f2 = (U32)t2 << whole, f3 = (U32)t3 << whole;
+    const U32 doubt = splat<U32>(weights.doubt);
+    rounded.doubtful = lanesBelow(min(min(f0, f1), min(f2, f3)), doubt);
+    if (rounded.doubtful) [[unlikely]]
+      rounded.doubtfulSums = (lanesBelow(f0, doubt) ? 1u : 0u) | (lanesBelow(f1, doubt) ? 2u : 0u) |
+                             (lanesBelow(f2, doubt) ? 4u : 0u) | (lanesBelow(f3, doubt) ? 8u : 0u);
   }
   return rounded;
 }
@@ -281,15 +286,18 @@ void exactPixel(const std::uint8_t* groups, const ByteTaps& taps, std::uint8_t* 
   storeRounded(out + kDoubles, high);
 }
 
-// Four pixels of all rows: in each lane the four pixels of one row.
-[[gnu::noinline]] U8 exactBlock(const std::uint8_t* groups, const ByteTaps* taps, std::size_t count) {
-  alignas(kVectorBytes) std::uint8_t block[kVectorBytes] = {};
+// Decides the pixels of a four that `which` names; in each lane of `block` are the four pixels of one row.
+[[gnu::noinline]] U8 exactBlock(U8 block, const std::uint8_t* groups, const ByteTaps* taps, std::size_t count,
+                                unsigned which) {
+  alignas(kVectorBytes) std::uint8_t bytes[kVectorBytes];
+  store(bytes, block);
   for (std::size_t p = 0; p < count; ++p) {
+    if (!(which >> p & 1u)) continue;
     std::uint8_t pixel[4 * kRows];
     exactPixel(groups, taps[p], pixel);
-    for (std::size_t r = 0; r < kRows; ++r) std::memcpy(block + 16 * r + 4 * p, pixel + 4 * r, 4);
+    for (std::size_t r = 0; r < kRows; ++r) std::memcpy(bytes + 16 * r + 4 * p, pixel + 4 * r, 4);
   }
-  return load<U8>(block);
+  return load<U8>(bytes);
 }
 
 template <int kDigits>
@@ -311,7 +319,7 @@ template <int kDigits>
   const Sum<kDigits> s3 = pixelSum<kDigits>(groups, taps[count > 3 ? 3 : 0]);
   const Rounded rounded = roundedSums(s0, s1, s2, s3, weights);
   if (rounded.doubtful) [[unlikely]]
-    return exactBlock(groups, taps, count);
+    return exactBlock(rounded.bytes, groups, taps, count, rounded.doubtfulSums);
   return rounded.bytes;
 }
 
@@ -352,7 +360,7 @@ void rowsOf(const std::uint8_t* groups, const ByteTaps* taps, std::size_t count,
     const std::size_t here = count - x < kBlock ? count - x : kBlock;
     const U8 block = taps[x].sum == ByteSum::ThreeDigits ? integerBlock<3>(groups, taps + x, here, weights)
                      : taps[x].sum == ByteSum::OneDigit  ? integerBlock<1>(groups, taps + x, here, weights)
-                                                         : exactBlock(groups, taps + x, here);
+                                                         : exactBlock(U8{}, groups, taps + x, here, 15);
     storeBlock<kChannels>(block, x, count, rowCount, out);
   }
 }
