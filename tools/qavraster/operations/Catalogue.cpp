@@ -8,6 +8,7 @@ const std::vector<Family>& catalogue() {
   static const std::vector<Family> families = {
       pixelFormatFamily(),
       pointOperationFamily(),
+      resamplingFamily(),
   };
   return families;
 }

@@ -73,6 +73,7 @@ struct Family {
 
 Family pixelFormatFamily();
 Family pointOperationFamily();
+Family resamplingFamily();
 
 /// Every family, in the order of `--list`.
 const std::vector<Family>& catalogue();
