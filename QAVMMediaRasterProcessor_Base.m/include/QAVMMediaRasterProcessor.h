@@ -8,8 +8,13 @@
 #include <QAVBaseUnknown.h>
 #include <QAVBlockRasterFile.h>
 #include <QAVCheck.h>
+#include <QAVMMGenericFilter.h>
 #include <QAVMMIColorRamp.h>
 #include <QAVMMICropping.h>
+#include <QAVMMIResize.h>
+#include <QAVMMResamplingKernels.h>
+#include <QAVMMResizeEngine.h>
+#include <QAVMMWeightsTable.h>
 #include <QAVMMediaImageFormat.h>
 #include <QAVMMediaImageProcessor.h>
 #include <QAVMMediaRasterVersion.h>

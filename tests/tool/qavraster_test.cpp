@@ -1,3 +1,5 @@
+#include <QAVMMResamplingKernels.h>
+#include <QAVMMResizeEngine.h>
 #include <QAVMMediaImageProcessor.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
@@ -46,6 +48,19 @@ TEST(QavRaster, AppliesOperationsInTheOrderWritten) {
        [](QAVPixelImage& i) {
          Processor::AdjustColor(i, -0.1f, 0.2f, 0.8f, rgb, nullptr, 1);
          Processor::Balance(i, 0.1f, -0.2f, 0.3f, nullptr, 1);
+       }},
+      {"--kernel catmull-rom --resize 100x70 --resize 90x81",
+       [](QAVPixelImage& i) {
+         QAVMMCatmullRomFilter kernel;
+         for (const auto& [w, h] : {std::pair{100u, 70u}, {90u, 81u}})
+           i = *Image(QAVMMResizeEngine(&kernel).scale(&i, w, h));
+       }},
+      {"--background 0,0,0,90 --fit 100x90",
+       [](QAVPixelImage& i) {
+         const Image inner(i.CreateResizedCopy(100, 75, QAVMMIResampleMitchell)), canvas = makeImage(100, 90, RGBA8888);
+         canvas->SetTransparency(90);
+         canvas->PasteImage(0, 7, inner.get(), 0);
+         i = *canvas;
        }},
       {"--convert L8 --negative",
        [](QAVPixelImage& i) {

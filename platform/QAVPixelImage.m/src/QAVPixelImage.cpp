@@ -1,4 +1,5 @@
 #include "PixelLayout.h"
+#include "PixelMemory.h"
 
 #include <QAVPixelImage.h>
 
@@ -24,7 +25,9 @@ QAVPixelImage::QAVPixelImage(int width, int height, QAVPixelImageFormat format) 
     Adopt(width, height, format, nullptr, true);
     return;
   }
-  Adopt(width, height, format, new unsigned char[bytes](), true);
+  unsigned char* const pixels = newPixelBuffer(bytes);
+  std::memset(pixels, 0, bytes);
+  Adopt(width, height, format, pixels, true);
 }
 
 QAVPixelImage::QAVPixelImage(int width, int height, QAVPixelImageFormat format, unsigned char* pixels,
@@ -37,7 +40,7 @@ QAVPixelImage::QAVPixelImage(const QAVPixelImage& other) : QAVBaseUnknown(other)
   const std::size_t bytes = pixelBytes(other.width_, other.height_, other.format_);
   std::unique_ptr<unsigned char[]> copy;
   if (other.buffer_) {
-    copy.reset(new unsigned char[bytes]);
+    copy.reset(newPixelBuffer(bytes));
     std::memcpy(copy.get(), other.buffer_, bytes);
   }
   Adopt(other.width_, other.height_, other.format_, nullptr, true);

@@ -1,0 +1,54 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+namespace qav::kernels {
+
+/// How the sum of one output position is taken. The first two take it in integers: a weight is a number of quanta of
+/// 2^-shift, written in signed digits of base 128, and every digit is multiplied with four samples at once.
+enum class ByteSum : std::int32_t {
+  Exact,        ///< in double, as it is defined
+  OneDigit,     ///< the quanta are the weights exactly, and small: the integer sum is the result
+  ThreeDigits,  ///< the integer sum is within a bound of the true one; where it is too close to call, Exact decides
+};
+
+/// The weights of one output position: weights[k] belongs to source position left + k.
+struct ByteTaps {
+  const double* weights = nullptr;
+  std::int32_t left = 0;
+  std::int32_t count = 0;  ///< none for 0: the result is 0
+  ByteSum sum = ByteSum::Exact;
+  std::int32_t bias = 0;        ///< starts the sum of quanta: a half, what centres the error, and the bound on it
+  std::int32_t firstGroup = 0;  ///< the first of the groups of four source positions that `digits` counts from
+  std::int32_t groups = 0;
+  const std::int32_t* digits = nullptr;  ///< for each group, one or three times the digits of four taps
+};
+
+struct ByteWeights {
+  int shift[3] = {};        ///< of each ByteSum
+  std::uint32_t doubt = 0;  ///< a sum whose fraction, as 32 bits, is below this is too close to call
+  std::int32_t maxGroups = 0;
+};
+
+/// Weighted sums of bytes, rounded half up and limited to 0..255; every result as if taken in double in the order of
+/// the taps.
+struct ByteResamplingKernels {
+  std::size_t rowsAtOnce;
+  /// The largest digit of ByteSum::OneDigit.
+  int largestDigit;
+  /// Bytes of scratch memory that `rows` takes for rows of that many pixels.
+  std::size_t (*rowScratch)(std::size_t pixels, const ByteWeights& weights);
+  /// Resamples 1 to rowsAtOnce rows of `pixels` pixels of 3 or 4 channels to `count` pixels. Groups of taps begin at
+  /// multiples of four; positions are computed in fours, each four with one kind of sum.
+  void (*rows)(const std::uint8_t* const* in, std::size_t rowCount, std::size_t pixels, int channels,
+               const ByteTaps* taps, std::size_t count, const ByteWeights& weights, std::uint8_t* const* out,
+               std::uint8_t* scratch);
+  /// One output row: the weighted sum of rows, of which there are as many as taps, and at least four for each group.
+  void (*columns)(const std::uint8_t* const* rows, std::size_t samples, const ByteTaps& taps,
+                  const ByteWeights& weights, std::uint8_t* out);
+};
+
+const ByteResamplingKernels& byteResamplingKernels() noexcept;
+
+}  // namespace qav::kernels

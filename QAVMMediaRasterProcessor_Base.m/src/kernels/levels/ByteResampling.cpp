@@ -1,0 +1,412 @@
+#include "kernels/ByteResampling.h"
+
+#include <algorithm>
+#include <type_traits>
+
+#include "RegionBegin.h"
+
+#include "Vector.h"
+
+namespace {
+
+constexpr std::size_t kDoubles = kLanes<F64>;
+
+[[gnu::always_inline]] inline F64 doublesFromBytes(const std::uint8_t* from) {
+#if QAV_KERNEL_LEVEL >= 2
+  return (F64)_mm512_cvtepi32_pd(_mm256_cvtepu8_epi32(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(from))));
+#elif QAV_KERNEL_LEVEL == 1
+  std::int32_t four;
+  std::memcpy(&four, from, sizeof four);
+  return (F64)_mm256_cvtepi32_pd(_mm_cvtepu8_epi32(_mm_cvtsi32_si128(four)));
+#else
+  return F64{static_cast<double>(from[0]), static_cast<double>(from[1])};
+#endif
+}
+
+// Rounds half up and limits to 0..255; not-a-number gives 0.
+[[gnu::always_inline]] inline void storeRounded(std::uint8_t* to, F64 sum) {
+  const F64 v = sum + splat<F64>(0.5);
+#if QAV_KERNEL_LEVEL >= 2
+  const __m512d limited = _mm512_min_pd(_mm512_max_pd((__m512d)v, _mm512_setzero_pd()), _mm512_set1_pd(255.0));
+  _mm_storel_epi64(reinterpret_cast<__m128i*>(to), _mm256_cvtepi32_epi8(_mm512_cvttpd_epi32(limited)));
+#elif QAV_KERNEL_LEVEL == 1
+  const __m256d limited = _mm256_min_pd(_mm256_max_pd((__m256d)v, _mm256_setzero_pd()), _mm256_set1_pd(255.0));
+  const __m128i ints = _mm256_cvttpd_epi32(limited);
+  const std::int32_t four = _mm_cvtsi128_si32(_mm_shuffle_epi8(ints, _mm_set1_epi32(0x0C080400)));
+  std::memcpy(to, &four, sizeof four);
+#else
+  for (std::size_t i = 0; i < kDoubles; ++i)
+    to[i] = v[i] >= 255.0 ? 255 : v[i] > 0.0 ? static_cast<std::uint8_t>(v[i]) : 0;
+#endif
+}
+
+std::uint8_t exactSample(const std::uint8_t* const* rows, std::size_t at, const ByteTaps& taps) {
+  double sum = 0.0;
+  for (std::int32_t t = 0; t < taps.count; ++t) sum += static_cast<double>(rows[t][at]) * taps.weights[t];
+  const double v = sum + 0.5;
+  return v >= 255.0 ? 255 : v > 0.0 ? static_cast<std::uint8_t>(v) : 0;
+}
+
+// kCount columns from `at` on.
+template <std::size_t kCount>
+[[gnu::noinline]] void exactColumns(const std::uint8_t* const* rows, std::size_t at, const ByteTaps& taps,
+                                    std::uint8_t* out) {
+  constexpr std::size_t kVectors = kCount / kDoubles;
+  F64 sums[kVectors] = {};
+  for (std::int32_t t = 0; t < taps.count; ++t) {
+    const F64 weight = splat<F64>(taps.weights[t]);
+    const std::uint8_t* const row = rows[t] + at;
+#pragma GCC unroll 8
+    for (std::size_t v = 0; v < kVectors; ++v) sums[v] += doublesFromBytes(row + v * kDoubles) * weight;
+  }
+#pragma GCC unroll 8
+  for (std::size_t v = 0; v < kVectors; ++v) storeRounded(out + at + v * kDoubles, sums[v]);
+}
+
+#if QAV_KERNEL_LEVEL >= 1
+
+// Adds to every lane of `sum` the products of its four bytes and the four signed digits of `digits`, each at most
+// 64 in magnitude (127 where one instruction does it all).
+[[gnu::always_inline]] inline I32 addProducts(I32 sum, U8 bytes, std::int32_t digits) {
+#if QAV_KERNEL_LEVEL >= 3
+  return (I32)_mm512_dpbusd_epi32((__m512i)sum, (__m512i)bytes, _mm512_set1_epi32(digits));
+#elif QAV_KERNEL_LEVEL == 2
+  const __m512i pairs = _mm512_maddubs_epi16((__m512i)bytes, _mm512_set1_epi32(digits));
+  return sum + (I32)_mm512_madd_epi16(pairs, _mm512_set1_epi16(1));
+#else
+  const __m256i pairs = _mm256_maddubs_epi16((__m256i)bytes, _mm256_set1_epi32(digits));
+  return sum + (I32)_mm256_madd_epi16(pairs, _mm256_set1_epi16(1));
+#endif
+}
+
+// The eight 16-bit results of two vectors side by side in each 128-bit lane, then sixteen bytes; all saturate.
+[[gnu::always_inline]] inline U8 packed(I32 a, I32 b, I32 c, I32 d) {
+#if QAV_KERNEL_LEVEL >= 2
+  return (U8)_mm512_packus_epi16(_mm512_packs_epi32((__m512i)a, (__m512i)b),
+                                 _mm512_packs_epi32((__m512i)c, (__m512i)d));
+#else
+  return (U8)_mm256_packus_epi16(_mm256_packs_epi32((__m256i)a, (__m256i)b),
+                                 _mm256_packs_epi32((__m256i)c, (__m256i)d));
+#endif
+}
+
+// Bit i is set where lane i of `v` is below the bound.
+[[gnu::always_inline]] inline std::uint32_t lanesBelow(U32 v, U32 bound) {
+#if QAV_KERNEL_LEVEL >= 2
+  return _mm512_cmplt_epu32_mask((__m512i)v, (__m512i)bound);
+#else
+  return static_cast<std::uint32_t>(_mm256_movemask_ps((__m256)(v < bound)));
+#endif
+}
+
+// The running sum of a vector of results. (Named members: the compiler keeps arrays in memory.)
+template <int kDigits>
+struct Sum {
+  I32 high{}, middle{}, low;
+
+  [[gnu::always_inline]] explicit Sum(std::int32_t bias) : low(splat<I32>(bias)) {}
+  [[gnu::always_inline]] void add(U8 bytes, const std::int32_t* digits) {
+    if constexpr (kDigits == 3) {
+      high = addProducts(high, bytes, digits[0]);
+      middle = addProducts(middle, bytes, digits[1]);
+    }
+    low = addProducts(low, bytes, digits[kDigits - 1]);
+  }
+  [[gnu::always_inline]] I32 total() const { return kDigits == 3 ? (((high << 7) + middle) << 7) + low : low; }
+};
+
+// Rounded results of four sums; the lanes in which one of them is too close to call, and which of the four are so.
+struct Rounded {
+  U8 bytes;
+  std::uint32_t doubtful = 0;
+  unsigned doubtfulSums = 0;
+};
+
+template <int kDigits>
+[[gnu::always_inline]] inline Rounded roundedSums(const Sum<kDigits>& s0, const Sum<kDigits>& s1,
+                                                  const Sum<kDigits>& s2, const Sum<kDigits>& s3,
+                                                  const ByteWeights& weights) {
+  const int shift = weights.shift[kDigits == 3 ? 2 : 1];
+  const I32 t0 = s0.total(), t1 = s1.total(), t2 = s2.total(), t3 = s3.total();
+  Rounded rounded{packed(t0 >> shift, t1 >> shift, t2 >> shift, t3 >> shift)};
+  if constexpr (kDigits == 3) {
+    const int whole = 32 - shift;
+    const U32 f0 = (U32)t0 << whole, f1 = (U32)t1 << whole, f2 = (U32)t2 << whole, f3 = (U32)t3 << whole;
+    const U32 doubt = splat<U32>(weights.doubt);
+    rounded.doubtful = lanesBelow(min(min(f0, f1), min(f2, f3)), doubt);
+    if (rounded.doubtful) [[unlikely]]
+      rounded.doubtfulSums = (lanesBelow(f0, doubt) ? 1u : 0u) | (lanesBelow(f1, doubt) ? 2u : 0u) |
+                             (lanesBelow(f2, doubt) ? 4u : 0u) | (lanesBelow(f3, doubt) ? 8u : 0u);
+  }
+  return rounded;
+}
+
+[[gnu::always_inline]] inline void interleaveRows(const std::uint8_t* const* rows, std::size_t at, U8 (&out)[4]) {
+#if QAV_KERNEL_LEVEL >= 2
+  using V = __m512i;
+  const auto low8 = [](V a, V b) { return _mm512_unpacklo_epi8(a, b); };
+  const auto high8 = [](V a, V b) { return _mm512_unpackhi_epi8(a, b); };
+  const auto low16 = [](V a, V b) { return _mm512_unpacklo_epi16(a, b); };
+  const auto high16 = [](V a, V b) { return _mm512_unpackhi_epi16(a, b); };
+#else
+  using V = __m256i;
+  const auto low8 = [](V a, V b) { return _mm256_unpacklo_epi8(a, b); };
+  const auto high8 = [](V a, V b) { return _mm256_unpackhi_epi8(a, b); };
+  const auto low16 = [](V a, V b) { return _mm256_unpacklo_epi16(a, b); };
+  const auto high16 = [](V a, V b) { return _mm256_unpackhi_epi16(a, b); };
+#endif
+  const V a = (V)load<U8>(rows[0] + at), b = (V)load<U8>(rows[1] + at);
+  const V c = (V)load<U8>(rows[2] + at), d = (V)load<U8>(rows[3] + at);
+  const V abLow = low8(a, b), abHigh = high8(a, b), cdLow = low8(c, d), cdHigh = high8(c, d);
+  out[0] = (U8)low16(abLow, cdLow);
+  out[1] = (U8)high16(abLow, cdLow);
+  out[2] = (U8)low16(abHigh, cdHigh);
+  out[3] = (U8)high16(abHigh, cdHigh);
+}
+
+// Four lanes stand for sixteen columns.
+[[gnu::noinline]] void decideColumns(const std::uint8_t* const* rows, std::size_t at, const ByteTaps& taps,
+                                     std::uint32_t doubtful, std::uint8_t* out) {
+  for (; doubtful != 0; doubtful >>= 4, at += 16)
+    if (doubtful & 15) exactColumns<16>(rows, at, taps, out);
+}
+
+template <int kDigits>
+[[gnu::always_inline]] inline void integerColumns(const std::uint8_t* const* rows, std::size_t at, const ByteTaps& taps,
+                                                  const ByteWeights& weights, std::uint8_t* out) {
+  Sum<kDigits> s0(taps.bias), s1(taps.bias), s2(taps.bias), s3(taps.bias);
+  for (std::int32_t g = 0; g < taps.groups; ++g) {
+    U8 bytes[4];
+    interleaveRows(rows + 4 * g, at, bytes);
+    const std::int32_t* const digits = taps.digits + g * kDigits;
+    s0.add(bytes[0], digits);
+    s1.add(bytes[1], digits);
+    s2.add(bytes[2], digits);
+    s3.add(bytes[3], digits);
+  }
+  const Rounded rounded = roundedSums(s0, s1, s2, s3, weights);
+  store(out + at, rounded.bytes);
+  if (rounded.doubtful) [[unlikely]]
+    decideColumns(rows, at, taps, rounded.doubtful, out);
+}
+
+#endif
+
+template <class Block>
+[[gnu::always_inline]] inline void overColumns(const std::uint8_t* const* rows, std::size_t samples,
+                                               const ByteTaps& taps, std::uint8_t* out, Block block) {
+  std::size_t at = 0;
+  for (; at + kVectorBytes <= samples; at += kVectorBytes) block(at);
+  // The last columns lie in a block that begins among those already done.
+  if (at < samples && samples >= kVectorBytes)
+    block(samples - kVectorBytes);
+  else
+    for (; at < samples; ++at) out[at] = exactSample(rows, at, taps);
+}
+
+void columns(const std::uint8_t* const* rows, std::size_t samples, const ByteTaps& taps,
+             [[maybe_unused]] const ByteWeights& weights, std::uint8_t* out) {
+#if QAV_KERNEL_LEVEL >= 1
+  if (taps.sum == ByteSum::OneDigit)
+    return overColumns(rows, samples, taps, out,
+                       [&](std::size_t at) { integerColumns<1>(rows, at, taps, weights, out); });
+  if (taps.sum == ByteSum::ThreeDigits)
+    return overColumns(rows, samples, taps, out,
+                       [&](std::size_t at) { integerColumns<3>(rows, at, taps, weights, out); });
+#endif
+  overColumns(rows, samples, taps, out, [&](std::size_t at) { exactColumns<kVectorBytes>(rows, at, taps, out); });
+}
+
+#if QAV_KERNEL_LEVEL >= 1
+
+// A row pass works on as many rows as a vector has 128-bit lanes. They are first brought into groups of four pixels:
+// in each lane of a group four reds, four greens, four blues and four alphas of one row.
+constexpr std::size_t kRows = kVectorBytes / 16;
+constexpr std::size_t kBlock = 4;
+
+std::size_t groupsOf(std::size_t pixels) { return (pixels + 3) / 4; }
+
+std::size_t rowScratch(std::size_t pixels, const ByteWeights& weights) {
+  return (groupsOf(pixels) + static_cast<std::size_t>(weights.maxGroups) + 1) * kVectorBytes;
+}
+
+[[gnu::always_inline]] inline U8 fromLanes(const __m128i (&lanes)[kRows]) {
+#if QAV_KERNEL_LEVEL >= 2
+  const __m256i low = _mm256_inserti128_si256(_mm256_castsi128_si256(lanes[0]), lanes[1], 1);
+  const __m256i high = _mm256_inserti128_si256(_mm256_castsi128_si256(lanes[2]), lanes[3], 1);
+  return (U8)_mm512_inserti64x4(_mm512_castsi256_si512(low), high, 1);
+#else
+  return (U8)_mm256_inserti128_si256(_mm256_castsi128_si256(lanes[0]), lanes[1], 1);
+#endif
+}
+
+[[gnu::always_inline]] inline U8 shuffleLanes(U8 v, __m128i order) {
+#if QAV_KERNEL_LEVEL >= 2
+  return (U8)_mm512_shuffle_epi8((__m512i)v, _mm512_broadcast_i32x4(order));
+#else
+  return (U8)_mm256_shuffle_epi8((__m256i)v, _mm256_broadcastsi128_si256(order));
+#endif
+}
+
+template <int kChannels>
+void gatherGroups(const std::uint8_t* const* in, std::size_t pixels, std::size_t padding, std::uint8_t* groups) {
+  const __m128i order = kChannels == 4 ? _mm_setr_epi8(0, 4, 8, 12, 1, 5, 9, 13, 2, 6, 10, 14, 3, 7, 11, 15)
+                                       : _mm_setr_epi8(0, 3, 6, 9, 1, 4, 7, 10, 2, 5, 8, 11, -1, -1, -1, -1);
+  const std::size_t bytes = pixels * kChannels;
+  std::size_t at = 0;
+  for (; at + 16 <= bytes; at += 4 * kChannels, groups += kVectorBytes) {
+    __m128i lanes[kRows];
+    for (std::size_t r = 0; r < kRows; ++r) lanes[r] = _mm_loadu_si128(reinterpret_cast<const __m128i*>(in[r] + at));
+    store(groups, shuffleLanes(fromLanes(lanes), order));
+  }
+  for (; at < bytes; at += 4 * kChannels, groups += kVectorBytes) {
+    __m128i lanes[kRows] = {};
+    for (std::size_t r = 0; r < kRows; ++r) std::memcpy(&lanes[r], in[r] + at, bytes - at < 16 ? bytes - at : 16);
+    store(groups, shuffleLanes(fromLanes(lanes), order));
+  }
+  std::memset(groups, 0, padding * kVectorBytes);
+}
+
+// One pixel of all rows, four channels each, as bytes.
+void exactPixel(const std::uint8_t* groups, const ByteTaps& taps, std::uint8_t* out) {
+  F64 low{}, high{};
+  for (std::int32_t t = 0; t < taps.count; ++t) {
+    const std::int32_t j = taps.left + t;
+    const I32 bytes = (I32)(load<U32>(groups + static_cast<std::size_t>(j / 4) * kVectorBytes) >> (8 * (j % 4)) & 255u);
+    const F64 weight = splat<F64>(taps.weights[t]);
+#if QAV_KERNEL_LEVEL >= 2
+    low += (F64)_mm512_cvtepi32_pd(_mm512_castsi512_si256((__m512i)bytes)) * weight;
+    high += (F64)_mm512_cvtepi32_pd(_mm512_extracti64x4_epi64((__m512i)bytes, 1)) * weight;
+#else
+    low += (F64)_mm256_cvtepi32_pd(_mm256_castsi256_si128((__m256i)bytes)) * weight;
+    high += (F64)_mm256_cvtepi32_pd(_mm256_extracti128_si256((__m256i)bytes, 1)) * weight;
+#endif
+  }
+  storeRounded(out, low);
+  storeRounded(out + kDoubles, high);
+}
+
+// Decides the pixels of a four that `which` names; in each lane of `block` are the four pixels of one row.
+[[gnu::noinline]] U8 exactBlock(U8 block, const std::uint8_t* groups, const ByteTaps* taps, std::size_t count,
+                                unsigned which) {
+  alignas(kVectorBytes) std::uint8_t bytes[kVectorBytes];
+  store(bytes, block);
+  for (std::size_t p = 0; p < count; ++p) {
+    if (!(which >> p & 1u)) continue;
+    std::uint8_t pixel[4 * kRows];
+    exactPixel(groups, taps[p], pixel);
+    for (std::size_t r = 0; r < kRows; ++r) std::memcpy(bytes + 16 * r + 4 * p, pixel + 4 * r, 4);
+  }
+  return load<U8>(bytes);
+}
+
+template <int kDigits>
+[[gnu::always_inline]] inline Sum<kDigits> pixelSum(const std::uint8_t* groups, const ByteTaps& taps) {
+  Sum<kDigits> sum(taps.bias);
+  const std::uint8_t* from = groups + static_cast<std::size_t>(taps.firstGroup) * kVectorBytes;
+  const std::int32_t* digits = taps.digits;
+  for (std::int32_t g = 0; g < taps.groups; ++g, from += kVectorBytes, digits += kDigits)
+    sum.add(load<U8>(from), digits);
+  return sum;
+}
+
+template <int kDigits>
+[[gnu::always_inline]] inline U8 integerBlock(const std::uint8_t* groups, const ByteTaps* taps, std::size_t count,
+                                              const ByteWeights& weights) {
+  const Sum<kDigits> s0 = pixelSum<kDigits>(groups, taps[0]);
+  const Sum<kDigits> s1 = pixelSum<kDigits>(groups, taps[count > 1 ? 1 : 0]);
+  const Sum<kDigits> s2 = pixelSum<kDigits>(groups, taps[count > 2 ? 2 : 0]);
+  const Sum<kDigits> s3 = pixelSum<kDigits>(groups, taps[count > 3 ? 3 : 0]);
+  const Rounded rounded = roundedSums(s0, s1, s2, s3, weights);
+  if (rounded.doubtful) [[unlikely]]
+    return exactBlock(rounded.bytes, groups, taps, count, rounded.doubtfulSums);
+  return rounded.bytes;
+}
+
+template <int kLane>
+[[gnu::always_inline]] inline __m128i laneOf(U8 v) {
+#if QAV_KERNEL_LEVEL >= 2
+  return _mm512_extracti32x4_epi32((__m512i)v, kLane % 4);
+#else
+  return _mm256_extracti128_si256((__m256i)v, kLane % 2);
+#endif
+}
+
+[[gnu::always_inline]] inline void storeLane(std::uint8_t* to, __m128i lane, std::size_t length) {
+  if (length >= 16)
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(to), lane);
+  else
+    std::memcpy(to, &lane, length);
+}
+
+// One four of pixels. A whole store of three-channel pixels writes four bytes too many, which the next overwrites.
+template <int kChannels>
+[[gnu::always_inline]] inline void storeBlock(U8 block, std::size_t at, std::size_t pixels, std::size_t rowCount,
+                                              std::uint8_t* const* out) {
+  if (kChannels == 3)
+    block = shuffleLanes(block, _mm_setr_epi8(0, 1, 2, 4, 5, 6, 8, 9, 10, 12, 13, 14, -1, -1, -1, -1));
+  const std::size_t begin = at * kChannels, left = (pixels - at) * kChannels;
+  const std::size_t length = left >= 16 || left < kBlock * kChannels ? left : kBlock * kChannels;
+  storeLane(out[0] + begin, laneOf<0>(block), length);
+  if (rowCount > 1) storeLane(out[1] + begin, laneOf<1>(block), length);
+  if (kRows > 2 && rowCount > 2) storeLane(out[2] + begin, laneOf<2>(block), length);
+  if (kRows > 2 && rowCount > 3) storeLane(out[3] + begin, laneOf<3>(block), length);
+}
+
+template <int kChannels>
+void rowsOf(const std::uint8_t* groups, const ByteTaps* taps, std::size_t count, const ByteWeights& weights,
+            std::size_t rowCount, std::uint8_t* const* out) {
+  for (std::size_t x = 0; x < count; x += kBlock) {
+    const std::size_t here = count - x < kBlock ? count - x : kBlock;
+    const U8 block = taps[x].sum == ByteSum::ThreeDigits ? integerBlock<3>(groups, taps + x, here, weights)
+                     : taps[x].sum == ByteSum::OneDigit  ? integerBlock<1>(groups, taps + x, here, weights)
+                                                         : exactBlock(U8{}, groups, taps + x, here, 15);
+    storeBlock<kChannels>(block, x, count, rowCount, out);
+  }
+}
+
+void rows(const std::uint8_t* const* in, std::size_t rowCount, std::size_t pixels, int channels, const ByteTaps* taps,
+          std::size_t count, const ByteWeights& weights, std::uint8_t* const* out, std::uint8_t* scratch) {
+  const std::uint8_t* sources[kRows];
+  for (std::size_t r = 0; r < kRows; ++r) sources[r] = in[r < rowCount ? r : 0];
+  const auto padding = static_cast<std::size_t>(weights.maxGroups) + 1;
+  if (channels == 4) {
+    gatherGroups<4>(sources, pixels, padding, scratch);
+    rowsOf<4>(scratch, taps, count, weights, rowCount, out);
+  } else {
+    gatherGroups<3>(sources, pixels, padding, scratch);
+    rowsOf<3>(scratch, taps, count, weights, rowCount, out);
+  }
+}
+
+#else
+
+constexpr std::size_t kRows = 1;
+
+std::size_t rowScratch(std::size_t, const ByteWeights&) { return 0; }
+
+void rows(const std::uint8_t* const* in, std::size_t rowCount, std::size_t, int channels, const ByteTaps* taps,
+          std::size_t count, const ByteWeights&, std::uint8_t* const* out, std::uint8_t*) {
+  const auto step = static_cast<std::size_t>(channels);
+  for (std::size_t r = 0; r < rowCount; ++r) {
+    for (std::size_t x = 0; x < count; ++x) {
+      double sums[4] = {};
+      const std::uint8_t* from = in[r] + static_cast<std::size_t>(taps[x].left) * step;
+      for (std::int32_t t = 0; t < taps[x].count; ++t, from += step)
+        for (std::size_t c = 0; c < step; ++c) sums[c] += static_cast<double>(from[c]) * taps[x].weights[t];
+      std::uint8_t rounded[4];
+      storeRounded(rounded, F64{sums[0], sums[1]});
+      storeRounded(rounded + 2, F64{sums[2], sums[3]});
+      std::memcpy(out[r] + x * step, rounded, step);
+    }
+  }
+}
+
+#endif
+
+}  // namespace
+
+extern const ByteResamplingKernels byteResampling;
+const ByteResamplingKernels byteResampling = {kRows, QAV_KERNEL_LEVEL >= 3 ? 127 : 64, &rowScratch, &rows, &columns};
+
+#include "RegionEnd.h"

@@ -1,0 +1,173 @@
+#include "kernels/FloatResampling.h"
+
+#include <type_traits>
+
+#include "RegionBegin.h"
+
+#include "Vector.h"
+
+namespace {
+
+constexpr std::size_t kDoubles = kLanes<F64>;
+
+[[gnu::always_inline]] inline F64 doublesFromFloats(const float* from) {
+#if QAV_KERNEL_LEVEL >= 2
+  return (F64)_mm512_cvtps_pd(_mm256_loadu_ps(from));
+#elif QAV_KERNEL_LEVEL == 1
+  return (F64)_mm256_cvtps_pd(_mm_loadu_ps(from));
+#else
+  return F64{static_cast<double>(from[0]), static_cast<double>(from[1])};
+#endif
+}
+
+[[gnu::always_inline]] inline void storeAsFloats(float* to, F64 v) {
+#if QAV_KERNEL_LEVEL >= 2
+  _mm256_storeu_ps(to, _mm512_cvtpd_ps((__m512d)v));
+#elif QAV_KERNEL_LEVEL == 1
+  _mm_storeu_ps(to, _mm256_cvtpd_ps((__m256d)v));
+#else
+  for (std::size_t i = 0; i < kDoubles; ++i) to[i] = static_cast<float>(v[i]);
+#endif
+}
+
+template <std::size_t kVectors>
+void columnBlock(const float* const* rows, std::size_t at, const FloatTaps& taps, float* out) {
+  F64 sums[kVectors] = {};
+  for (std::int32_t t = 0; t < taps.count; ++t) {
+    const F64 weight = splat<F64>(taps.weights[t]);
+    const float* const row = rows[t] + at;
+#pragma GCC unroll 8
+    for (std::size_t v = 0; v < kVectors; ++v) sums[v] += doublesFromFloats(row + v * kDoubles) * weight;
+  }
+#pragma GCC unroll 8
+  for (std::size_t v = 0; v < kVectors; ++v) storeAsFloats(out + at + v * kDoubles, sums[v]);
+}
+
+void columns(const float* const* rows, std::size_t samples, const FloatTaps& taps, float* out) {
+  std::size_t at = 0;
+  for (; at + 8 * kDoubles <= samples; at += 8 * kDoubles) columnBlock<8>(rows, at, taps, out);
+  for (; at + kDoubles <= samples; at += kDoubles) columnBlock<1>(rows, at, taps, out);
+  for (; at < samples; ++at) {
+    double sum = 0.0;
+    for (std::int32_t t = 0; t < taps.count; ++t) sum += static_cast<double>(rows[t][at]) * taps.weights[t];
+    out[at] = static_cast<float>(sum);
+  }
+}
+
+#if QAV_KERNEL_LEVEL >= 1
+
+// A pixel of each row in four lanes; two vectors of such pixels at a time, which share their weights. Source pixels are
+// turned into doubles once, just before the first result that looks at them.
+constexpr std::size_t kRowsOfVector = kDoubles / 4;
+constexpr std::size_t kRows = 2 * kRowsOfVector;
+constexpr std::size_t kPixelDoubles = 2 * kDoubles;
+constexpr std::size_t kPixelsAhead = 16;
+
+std::size_t rowScratch(std::size_t pixels) { return pixels * kPixelDoubles; }
+
+template <int kChannels>
+[[gnu::always_inline]] inline __m128 loadPixel(const float* from) {
+  if constexpr (kChannels == 4) return _mm_loadu_ps(from);
+  return _mm_maskload_ps(from, _mm_setr_epi32(-1, -1, -1, 0));
+}
+
+template <int kChannels>
+[[gnu::always_inline]] inline void storePixel(float* to, __m128 pixel) {
+  if constexpr (kChannels == 4)
+    _mm_storeu_ps(to, pixel);
+  else
+    _mm_maskstore_ps(to, _mm_setr_epi32(-1, -1, -1, 0), pixel);
+}
+
+template <int kChannels>
+[[gnu::always_inline]] inline F64 loadPixels(const float* const* rows, std::size_t at) {
+#if QAV_KERNEL_LEVEL >= 2
+  return (F64)_mm512_cvtps_pd(_mm256_insertf128_ps(_mm256_castps128_ps256(loadPixel<kChannels>(rows[0] + at)),
+                                                   loadPixel<kChannels>(rows[1] + at), 1));
+#else
+  return (F64)_mm256_cvtps_pd(loadPixel<kChannels>(rows[0] + at));
+#endif
+}
+
+template <int kChannels>
+[[gnu::always_inline]] inline void storePixels(float* const* rows, std::size_t rowCount, std::size_t at, F64 pixels) {
+#if QAV_KERNEL_LEVEL >= 2
+  const __m256 both = _mm512_cvtpd_ps((__m512d)pixels);
+  if (rowCount > 0) storePixel<kChannels>(rows[0] + at, _mm256_castps256_ps128(both));
+  if (rowCount > 1) storePixel<kChannels>(rows[1] + at, _mm256_extractf128_ps(both, 1));
+#else
+  if (rowCount > 0) storePixel<kChannels>(rows[0] + at, _mm256_cvtpd_ps((__m256d)pixels));
+#endif
+}
+
+template <int kChannels>
+void widenPixels(const float* const* rows, std::size_t from, std::size_t to, double* pixels) {
+  for (std::size_t x = from; x < to; ++x) {
+    store(pixels + x * kPixelDoubles, loadPixels<kChannels>(rows, x * kChannels));
+    store(pixels + x * kPixelDoubles + kDoubles, loadPixels<kChannels>(rows + kRowsOfVector, x * kChannels));
+  }
+}
+
+template <int kChannels>
+void rowsOf(const float* const* in, std::size_t rowCount, std::size_t pixels, const FloatTaps* taps, std::size_t count,
+            float* const* out, double* scratch) {
+  const float* sources[kRows];
+  for (std::size_t r = 0; r < kRows; ++r) sources[r] = in[r < rowCount ? r : 0];
+  const std::size_t secondRows = rowCount > kRowsOfVector ? rowCount - kRowsOfVector : 0;
+  std::size_t widened = 0;
+  for (std::size_t x = 0; x < count; ++x) {
+    const auto left = static_cast<std::size_t>(taps[x].left), end = left + static_cast<std::size_t>(taps[x].count);
+    if (end > widened) {
+      const std::size_t ahead = pixels - end < kPixelsAhead ? pixels : end + kPixelsAhead;
+      widenPixels<kChannels>(sources, widened, ahead, scratch);
+      widened = ahead;
+    }
+    const double* pixel = scratch + left * kPixelDoubles;
+    F64 first{}, second{};
+    for (std::int32_t t = 0; t < taps[x].count; ++t, pixel += kPixelDoubles) {
+      const F64 weight = splat<F64>(taps[x].weights[t]);
+      first += load<F64>(pixel) * weight;
+      second += load<F64>(pixel + kDoubles) * weight;
+    }
+    storePixels<kChannels>(out, rowCount, x * kChannels, first);
+    if (secondRows > 0) storePixels<kChannels>(out + kRowsOfVector, secondRows, x * kChannels, second);
+  }
+}
+
+#else
+
+constexpr std::size_t kRows = 1;
+
+std::size_t rowScratch(std::size_t) { return 0; }
+
+template <int kChannels>
+void rowsOf(const float* const* in, std::size_t rowCount, std::size_t, const FloatTaps* taps, std::size_t count,
+            float* const* out, double*) {
+  for (std::size_t r = 0; r < rowCount; ++r) {
+    for (std::size_t x = 0; x < count; ++x) {
+      double sums[kChannels] = {};
+      const float* from = in[r] + static_cast<std::size_t>(taps[x].left) * kChannels;
+      for (std::int32_t t = 0; t < taps[x].count; ++t, from += kChannels)
+        for (int c = 0; c < kChannels; ++c) sums[c] += static_cast<double>(from[c]) * taps[x].weights[t];
+      for (int c = 0; c < kChannels; ++c)
+        out[r][x * kChannels + static_cast<std::size_t>(c)] = static_cast<float>(sums[c]);
+    }
+  }
+}
+
+#endif
+
+void rows(const float* const* in, std::size_t rowCount, std::size_t pixels, int channels, const FloatTaps* taps,
+          std::size_t count, float* const* out, double* scratch) {
+  if (channels == 4)
+    rowsOf<4>(in, rowCount, pixels, taps, count, out, scratch);
+  else
+    rowsOf<3>(in, rowCount, pixels, taps, count, out, scratch);
+}
+
+}  // namespace
+
+extern const FloatResamplingKernels floatResampling;
+const FloatResamplingKernels floatResampling = {kRows, &rowScratch, &rows, &columns};
+
+#include "RegionEnd.h"

@@ -1,0 +1,6 @@
+#include <QAVMMediaImageProcessor.h>
+
+QAVPixelImage* QAVMMediaImageProcessor::CreateResampled(const QAVPixelImage&, int, int, QAVMMIResampleType,
+                                                        void (*)(float)) {
+  return nullptr;
+}

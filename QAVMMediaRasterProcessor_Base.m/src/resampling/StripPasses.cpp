@@ -1,0 +1,233 @@
+#include "resampling/StripPasses.h"
+
+#include "kernels/ByteResampling.h"
+#include "kernels/FloatResampling.h"
+#include "resampling/ByteWeightPlan.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <limits>
+#include <optional>
+#include <vector>
+
+namespace qav {
+namespace {
+
+// The two passes over bytes, as the strips below drive them.
+class BytePasses {
+ public:
+  using Sample = unsigned char;
+
+  explicit BytePasses(const StripJob<Sample>& job) : channels_(job.channels) {
+    if (job.horizontal) {
+      horizontal_.emplace(*job.horizontal, ByteWeightPlan::Order::Fours, kernels_.largestDigit);
+      scratch_.resize(kernels_.rowScratch(job.sourceWidth, horizontal_->weights));
+    }
+    if (job.vertical) vertical_.emplace(*job.vertical, ByteWeightPlan::Order::Singles, kernels_.largestDigit);
+  }
+
+  std::size_t rowsAtOnce() const { return kernels_.rowsAtOnce; }
+  void resampleRows(const Sample* const* in, std::size_t count, std::size_t pixels, Sample* const* out) {
+    kernels_.rows(in, count, pixels, channels_, horizontal_->taps.data(), horizontal_->taps.size(),
+                  horizontal_->weights, out, scratch_.data());
+  }
+  const kernels::ByteTaps& verticalTaps(std::size_t y) const { return vertical_->taps[y]; }
+  static std::size_t rowsLookedAt(const kernels::ByteTaps& taps) {
+    return static_cast<std::size_t>(std::max(taps.count, 4 * taps.groups));
+  }
+  void resampleColumns(const Sample* const* rows, std::size_t samples, std::size_t y, Sample* out) const {
+    kernels_.columns(rows, samples, vertical_->taps[y], vertical_->weights, out);
+  }
+
+ private:
+  const kernels::ByteResamplingKernels& kernels_ = kernels::byteResamplingKernels();
+  int channels_;
+  std::optional<ByteWeightPlan> horizontal_;
+  std::optional<ByteWeightPlan> vertical_;
+  std::vector<std::uint8_t> scratch_;
+};
+
+class FloatPasses {
+ public:
+  using Sample = float;
+
+  explicit FloatPasses(const StripJob<Sample>& job)
+      : channels_(job.channels), horizontal_(tapsOf(job.horizontal)), vertical_(tapsOf(job.vertical)) {
+    if (job.horizontal) scratch_.resize(kernels_.rowScratch(job.sourceWidth));
+  }
+
+  std::size_t rowsAtOnce() const { return kernels_.rowsAtOnce; }
+  void resampleRows(const Sample* const* in, std::size_t count, std::size_t pixels, Sample* const* out) {
+    kernels_.rows(in, count, pixels, channels_, horizontal_.data(), horizontal_.size(), out, scratch_.data());
+  }
+  const kernels::FloatTaps& verticalTaps(std::size_t y) const { return vertical_[y]; }
+  static std::size_t rowsLookedAt(const kernels::FloatTaps& taps) { return static_cast<std::size_t>(taps.count); }
+  void resampleColumns(const Sample* const* rows, std::size_t samples, std::size_t y, Sample* out) const {
+    kernels_.columns(rows, samples, vertical_[y], out);
+  }
+
+ private:
+  static std::vector<kernels::FloatTaps> tapsOf(const QAVMMWeightsTable* table) {
+    std::vector<kernels::FloatTaps> taps(table ? static_cast<std::size_t>(table->count) : 0);
+    for (std::size_t i = 0; i < taps.size(); ++i) {
+      const QAVMMContribution& entry = table->contributions[i];
+      if (entry.left <= entry.right) taps[i] = {entry.weights, entry.left, entry.right - entry.left + 1};
+    }
+    return taps;
+  }
+
+  const kernels::FloatResamplingKernels& kernels_ = kernels::floatResamplingKernels();
+  int channels_;
+  std::vector<kernels::FloatTaps> horizontal_;
+  std::vector<kernels::FloatTaps> vertical_;
+  std::vector<double> scratch_;
+};
+
+// Addresses of rows, for one output row of the vertical pass after another.
+template <class Passes>
+class ColumnPass {
+ public:
+  using Sample = typename Passes::Sample;
+
+  explicit ColumnPass(const Passes& passes) : passes_(passes) {}
+
+  // rowAt(i) is where source row i stands.
+  template <class RowAt>
+  void run(std::size_t y, std::size_t samples, Sample* out, RowAt rowAt) {
+    const auto& taps = passes_.verticalTaps(y);
+    rows_.resize(Passes::rowsLookedAt(taps));
+    for (std::size_t t = 0; t < rows_.size(); ++t)
+      rows_[t] = t < static_cast<std::size_t>(taps.count) ? rowAt(static_cast<std::size_t>(taps.left) + t) : rows_[0];
+    passes_.resampleColumns(rows_.data(), samples, y, out);
+  }
+
+ private:
+  const Passes& passes_;
+  std::vector<const Sample*> rows_;
+};
+
+// Calls body(first, count) for strips of as many rows as the horizontal pass takes.
+template <class Body>
+void inStrips(std::size_t rows, std::size_t atOnce, Body body) {
+  for (std::size_t first = 0; first < rows; first += atOnce) body(first, std::min(atOnce, rows - first));
+}
+
+template <class Sample>
+std::vector<Sample*> addresses(Sample* first, std::size_t stride, std::size_t count) {
+  std::vector<Sample*> rows(count);
+  for (std::size_t r = 0; r < count; ++r) rows[r] = first + r * stride;
+  return rows;
+}
+
+template <class Sample>
+std::size_t sourceStride(const StripJob<Sample>& job) {
+  return job.sourceWidth * static_cast<std::size_t>(job.channels);
+}
+template <class Sample>
+std::size_t targetStride(const StripJob<Sample>& job) {
+  return job.width * static_cast<std::size_t>(job.channels);
+}
+
+template <class Passes, class Sample>
+void resampleRowsOnly(const StripJob<Sample>& job, Passes& passes) {
+  inStrips(job.height, passes.rowsAtOnce(), [&](std::size_t first, std::size_t count) {
+    const auto in = addresses(job.source + first * sourceStride(job), sourceStride(job), count);
+    const auto out = addresses(job.target + first * targetStride(job), targetStride(job), count);
+    passes.resampleRows(in.data(), count, job.sourceWidth, out.data());
+  });
+}
+
+template <class Passes, class Sample>
+void resampleColumnsOnly(const StripJob<Sample>& job, Passes& passes) {
+  ColumnPass<Passes> columns(passes);
+  for (std::size_t y = 0; y < job.height; ++y)
+    columns.run(y, sourceStride(job), job.target + y * targetStride(job),
+                [&](std::size_t row) { return job.source + row * sourceStride(job); });
+}
+
+template <class Passes, class Sample>
+void resampleColumnsThenRows(const StripJob<Sample>& job, Passes& passes) {
+  ColumnPass<Passes> columns(passes);
+  std::vector<Sample> strip(passes.rowsAtOnce() * sourceStride(job));
+  inStrips(job.height, passes.rowsAtOnce(), [&](std::size_t first, std::size_t count) {
+    const auto between = addresses(strip.data(), sourceStride(job), count);
+    for (std::size_t r = 0; r < count; ++r)
+      columns.run(first + r, sourceStride(job), between[r],
+                  [&](std::size_t row) { return job.source + row * sourceStride(job); });
+    const auto out = addresses(job.target + first * targetStride(job), targetStride(job), count);
+    passes.resampleRows(between.data(), count, job.sourceWidth, out.data());
+  });
+}
+
+// Which source rows each output row and the ones after it still look at.
+struct RowNeeds {
+  template <class Passes>
+  RowNeeds(const Passes& passes, std::size_t height) : from(height), upTo(height) {
+    std::size_t least = std::numeric_limits<std::size_t>::max();
+    for (std::size_t y = height; y-- > 0;) {
+      const auto& taps = passes.verticalTaps(y);
+      if (taps.count > 0) least = std::min(least, static_cast<std::size_t>(taps.left));
+      from[y] = least;
+    }
+    std::size_t end = 0;
+    for (std::size_t y = 0; y < height; ++y) {
+      const auto& taps = passes.verticalTaps(y);
+      if (taps.count > 0) end = std::max(end, static_cast<std::size_t>(taps.left + taps.count));
+      upTo[y] = end;
+      if (end > from[y]) most = std::max(most, end - from[y]);
+    }
+  }
+  std::vector<std::size_t> from;
+  std::vector<std::size_t> upTo;  // exclusive
+  std::size_t most = 0;
+};
+
+template <class Passes, class Sample>
+void resampleRowsThenColumns(const StripJob<Sample>& job, Passes& passes) {
+  ColumnPass<Passes> columns(passes);
+  const RowNeeds needs(passes, job.height);
+  // Row r of the intermediate image stands in slot r % slots until no output row needs it any more.
+  const std::size_t slots = needs.most + passes.rowsAtOnce(), stride = targetStride(job);
+  std::vector<Sample> ring(slots * stride);
+  const auto slotOf = [&](std::size_t row) { return ring.data() + row % slots * stride; };
+  std::size_t done = 0;
+  for (std::size_t y = 0; y < job.height; ++y) {
+    done = std::max(done, std::min(needs.from[y], needs.upTo[y]));
+    while (done < needs.upTo[y]) {
+      const std::size_t count = std::min(passes.rowsAtOnce(), job.sourceHeight - done);
+      const auto in = addresses(job.source + done * sourceStride(job), sourceStride(job), count);
+      std::vector<Sample*> out(count);
+      for (std::size_t r = 0; r < count; ++r) out[r] = slotOf(done + r);
+      passes.resampleRows(in.data(), count, job.sourceWidth, out.data());
+      done += count;
+    }
+    columns.run(y, stride, job.target + y * stride, slotOf);
+  }
+}
+
+template <class Passes, class Sample>
+void resample(const StripJob<Sample>& job) {
+  Passes passes(job);
+  if (!job.vertical)
+    resampleRowsOnly(job, passes);
+  else if (!job.horizontal)
+    resampleColumnsOnly(job, passes);
+  else if (job.verticalFirst)
+    resampleColumnsThenRows(job, passes);
+  else
+    resampleRowsThenColumns(job, passes);
+}
+
+}  // namespace
+
+template <>
+void resampleInStrips(const StripJob<unsigned char>& job) {
+  resample<BytePasses>(job);
+}
+
+template <>
+void resampleInStrips(const StripJob<float>& job) {
+  resample<FloatPasses>(job);
+}
+
+}  // namespace qav
