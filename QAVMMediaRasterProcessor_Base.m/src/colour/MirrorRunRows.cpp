@@ -52,7 +52,7 @@ HRESULT MirrorRunRows(QAVPixelImage& image) {
   for (int y = 0; y < height; ++y) {
     std::fill(row.begin(), row.end(), static_cast<unsigned char>(0));
     if (const unsigned char* coded = image.GetPixelsRuns(y))
-      CCITT::decode(row.data(), coded, static_cast<unsigned>(image.GetPixelsRunsLength(y)), columns);
+      CCITT::decode(row.data(), coded, static_cast<unsigned>(std::max(0, image.GetPixelsRunsLength(y))), columns);
     mirrorRow(row, columns);
     replaceRow(image, y, row, columns);
   }
