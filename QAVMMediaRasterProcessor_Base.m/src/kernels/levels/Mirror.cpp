@@ -102,12 +102,26 @@ void reversePixels(std::uint8_t* bytes, std::size_t pixels) {
   std::uint8_t* left = bytes;
   std::uint8_t* right = bytes + pixels * channels;
 #if QAV_KERNEL_LEVEL >= 1
-  // When less than two blocks remain they overlap, and both write the same bytes there.
+  // When less than two blocks remain they overlap, and both write the same bytes there. Each pair is read before the
+  // pair outside it is written: the processor holds a read up when the write before it may touch the same bytes.
   using B = Block<channels>;
-  for (; right - left >= static_cast<std::ptrdiff_t>(B::bytes); left += B::bytes, right -= B::bytes) {
-    const U8 first = B::reversed(B::read(left)), last = B::reversed(B::read(right - B::bytes));
-    B::write(left, last);
-    B::write(right - B::bytes, first);
+  const auto holdsBlock = [&] { return right - left >= static_cast<std::ptrdiff_t>(B::bytes); };
+  U8 first{}, last{};
+  if (holdsBlock()) {
+    first = B::read(left);
+    last = B::read(right - B::bytes);
+  }
+  while (holdsBlock()) {
+    std::uint8_t *const to = left, *const from = right - B::bytes;
+    const U8 newLast = B::reversed(first), newFirst = B::reversed(last);
+    left += B::bytes;
+    right -= B::bytes;
+    if (holdsBlock()) {
+      first = B::read(left);
+      last = B::read(right - B::bytes);
+    }
+    B::write(to, newFirst);
+    B::write(from, newLast);
   }
 #endif
   for (; right - left >= static_cast<std::ptrdiff_t>(2 * channels); left += channels, right -= channels) {
