@@ -8,6 +8,8 @@ const std::vector<Family>& catalogue() {
   static const std::vector<Family> families = {
       pixelFormatFamily(),
       pointOperationFamily(),
+      colourFamily(),
+      ditheringFamily(),
   };
   return families;
 }

@@ -73,6 +73,8 @@ struct Family {
 
 Family pixelFormatFamily();
 Family pointOperationFamily();
+Family colourFamily();
+Family ditheringFamily();
 
 /// Every family, in the order of `--list`.
 const std::vector<Family>& catalogue();
