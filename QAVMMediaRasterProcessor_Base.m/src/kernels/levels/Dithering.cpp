@@ -165,9 +165,19 @@ template <class Method>
 #endif
 }
 
-// For an edge of the picture: the steps of a tile that lie inside it, for every row.
+// For a tile at the edge of the picture: from which of its steps to which each row is inside, even rows first.
 struct Inside {
-  I16 evenFrom, evenTo, oddFrom, oddTo;
+  alignas(64) std::int16_t from[2][kRows / 2];
+  alignas(64) std::int16_t to[2][kRows / 2];
+
+  [[gnu::always_inline]] I16 at(int parity, int step) const {
+    const I16 now = splat<I16>(static_cast<std::int16_t>(step));
+    return (load<I16>(from[parity]) <= now) & (now < load<I16>(to[parity]));
+  }
+  // Of a row's 16 pixels, those inside.
+  unsigned bits(std::size_t row) const {
+    return 0xFFFFu << from[row % 2][row / 2] & ~(0xFFFFu << to[row % 2][row / 2]);
+  }
 };
 
 template <class Method>
@@ -192,9 +202,8 @@ struct Front {
     const I16 oddSum = ((I16)((U16)both >> 8) * scale + toOdd) + odd.own[0];
     Decision e = decide<Method>(evenSum), o = decide<Method>(oddSum);
     if constexpr (edge) {
-      const I16 now = splat<I16>(static_cast<std::int16_t>(number));
-      e.error &= (inside.evenFrom <= now) & (now < inside.evenTo);
-      o.error &= (inside.oddFrom <= now) & (now < inside.oddTo);
+      e.error &= inside.at(0, number);
+      o.error &= inside.at(1, number);
     }
     even.push(e.error);
     odd.push(o.error);
@@ -234,30 +243,30 @@ struct Band {
   std::ptrdiff_t width;
   std::size_t rows;
 
-  std::ptrdiff_t column(std::size_t row, std::ptrdiff_t step) const {
-    return step - static_cast<std::ptrdiff_t>(row) * Method::lag;
-  }
   std::uint8_t* place(std::size_t row, std::ptrdiff_t step) const {
-    return pixels + static_cast<std::ptrdiff_t>(row) * width + column(row, step);
+    return pixels + step + static_cast<std::ptrdiff_t>(row) * (width - Method::lag);
   }
-  // Whether 16 steps stay inside the picture in every row.
+  // Whether there are all rows, and 16 steps stay inside the picture in each.
   bool isInside(std::ptrdiff_t step) const {
-    return column(kRows - 1, step) >= 0 && step + static_cast<std::ptrdiff_t>(kSteps) <= width;
-  }
-  // Of 16 pixels, those inside the row.
-  unsigned insideBits(std::size_t row, std::ptrdiff_t step) const {
-    const std::ptrdiff_t from = column(row, step), left = width - from;
-    if (row >= rows || from <= -16 || left <= 0) return 0;
-    return (from < 0 ? 0xFFFFu << -from : 0xFFFFu) & (left < 16 ? 0xFFFFu >> (16 - left) : 0xFFFFu);
+    return rows == kRows && step >= static_cast<std::ptrdiff_t>(kRows - 1) * Method::lag &&
+           step + static_cast<std::ptrdiff_t>(kSteps) <= width;
   }
   Inside inside(std::ptrdiff_t step) const {
-    const auto clamped = [](std::ptrdiff_t v) { return static_cast<std::int16_t>(v < 0 ? 0 : v > 16 ? 16 : v); };
-    Inside result{};
-    for (std::size_t lane = 0; lane < kLanes<I16>; ++lane) {
-      result.evenFrom[lane] = clamped(-column(2 * lane, step));
-      result.evenTo[lane] = clamped(width - column(2 * lane, step));
-      result.oddFrom[lane] = clamped(-column(2 * lane + 1, step));
-      result.oddTo[lane] = clamped(width - column(2 * lane + 1, step));
+    // Beyond the slant of the front only the sign counts.
+    constexpr std::ptrdiff_t far = 1000;
+    const std::ptrdiff_t left = width - step;
+    const auto begun = splat<I16>(static_cast<std::int16_t>(step < far ? step : far));
+    const auto rest = splat<I16>(static_cast<std::int16_t>(left < -far ? -far : left < far ? left : far));
+    const auto steps = splat<I16>(kSteps);
+    Inside result;
+    for (std::int16_t parity = 0; parity < 2; ++parity) {
+      I16 row;
+      for (std::size_t lane = 0; lane < kLanes<I16>; ++lane) row[lane] = static_cast<std::int16_t>(2 * lane);
+      row += splat<I16>(parity);
+      const I16 behind = row * splat<I16>(Method::lag);
+      const I16 to = max(min(behind + rest, steps), I16{}) & (row < splat<I16>(static_cast<std::int16_t>(rows)));
+      store(result.from[parity], max(min(behind - begun, steps), I16{}));
+      store(result.to[parity], to);
     }
     return result;
   }
@@ -272,11 +281,13 @@ struct Band {
 }
 #else
 inline __m128i loadBits(const std::uint8_t* from, unsigned bits) {
+  if (bits == 0xFFFF) return _mm_loadu_si128(reinterpret_cast<const __m128i*>(from));
   alignas(16) std::uint8_t bytes[16] = {};
   for (; bits; bits &= bits - 1) bytes[__builtin_ctz(bits)] = from[__builtin_ctz(bits)];
   return _mm_load_si128(reinterpret_cast<const __m128i*>(bytes));
 }
 inline void storeBits(std::uint8_t* to, unsigned bits, __m128i v) {
+  if (bits == 0xFFFF) return _mm_storeu_si128(reinterpret_cast<__m128i*>(to), v);
   alignas(16) std::uint8_t bytes[16];
   _mm_store_si128(reinterpret_cast<__m128i*>(bytes), v);
   for (; bits; bits &= bits - 1) to[__builtin_ctz(bits)] = bytes[__builtin_ctz(bits)];
@@ -309,46 +320,44 @@ template <class Write>
 }
 
 template <bool edge, class Method>
-Tile readTile(const Band<Method>& band, std::ptrdiff_t step) {
+Tile readTile(const Band<Method>& band, std::ptrdiff_t step, const Inside& inside) {
   Tile tile;
   for (std::size_t i = 0; i < 16; ++i) {
     tile.rows[i] = gather([&](std::size_t q) {
-      const std::size_t row = 16 * q + i;
-      if constexpr (edge) return loadBits(band.place(row, step), band.insideBits(row, step));
-      // Rows below the last take its pixels; they reach nothing.
-      const std::size_t existing = row < band.rows ? row : band.rows - 1;
-      return _mm_loadu_si128(reinterpret_cast<const __m128i*>(band.place(existing, step)));
+      const std::uint8_t* const from = band.place(16 * q + i, step);
+      if constexpr (edge) return loadBits(from, inside.bits(16 * q + i));
+      return _mm_loadu_si128(reinterpret_cast<const __m128i*>(from));
     });
   }
   return tile;
 }
 
 template <bool edge, class Method>
-void writeTile(const Band<Method>& band, std::ptrdiff_t step, const Tile& tile) {
+void writeTile(const Band<Method>& band, std::ptrdiff_t step, const Inside& inside, const Tile& tile) {
   for (std::size_t i = 0; i < 16; ++i) {
     scatter(tile.rows[i], [&](std::size_t q, __m128i v) {
-      const std::size_t row = 16 * q + i;
+      std::uint8_t* const to = band.place(16 * q + i, step);
       if constexpr (edge)
-        storeBits(band.place(row, step), band.insideBits(row, step), v);
-      else if (row < band.rows)
-        _mm_storeu_si128(reinterpret_cast<__m128i*>(band.place(row, step)), v);
+        storeBits(to, inside.bits(16 * q + i), v);
+      else
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(to), v);
     });
   }
 }
 
 template <bool edge, class Method>
 void advanceTile(Front<Method>& state, const Band<Method>& band, std::ptrdiff_t step) {
-  Tile tile = readTile<edge>(band, step);
-  tile.transpose();
-  Inside inside{};
+  Inside inside;
   if constexpr (edge) inside = band.inside(step);
+  Tile tile = readTile<edge>(band, step, inside);
+  tile.transpose();
   Front<Method> front = state;
   const auto first = static_cast<std::size_t>(step);
   for (std::size_t i = 0; i < kSteps; ++i)
     front.template step<edge>(tile.rows[i], first + i, static_cast<int>(i), inside);
   state = front;
   tile.transpose();
-  writeTile<edge>(band, step, tile);
+  writeTile<edge>(band, step, inside, tile);
 }
 
 template <class Method>
