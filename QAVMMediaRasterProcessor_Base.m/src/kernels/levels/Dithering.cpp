@@ -121,30 +121,14 @@ struct Decision {
 // The sums lie within +-18336, the errors within +-127. The quotients round toward zero.
 template <class Method>
 [[gnu::always_inline]] inline Decision decide(I16 sum) {
+  // Shifts rather than comparisons and look-ups: every operation here delays the next step.
   const I16 negative = sum >> 15;
-#if QAV_KERNEL_LEVEL >= 2
-  if constexpr (Method::scale != 42) {
-    // What to add before, or behind, the shift of the quotient follows from the five upper bits of the sum.
-    constexpr int unit = Method::scale == 16 ? 16 : 1, white = 128 * Method::scale / 2048;
-    alignas(64) static constexpr auto table = [] {
-      struct {
-        std::int16_t entries[32];
-      } t{};
-      for (int i = 0; i < 32; ++i)
-        t.entries[i] = static_cast<std::int16_t>(i >= 16 ? (unit == 16 ? 15 : 1) : i >= white ? -255 * unit : 0);
-      return t;
-    }();
-    const I16 term = (I16)_mm512_permutexvar_epi16((__m512i)(sum >> 11), _mm512_load_si512(table.entries));
-    if constexpr (Method::scale == 16) return {term >> 12, (sum + term) >> 4};
-    return {term >> 12, (mulhi(sum, splat<I16>(10923)) >> 3) + term};
-  }
-#endif
-  const I16 limit = splat<I16>(128 * Method::scale - 1), white = sum > limit;
+  const I16 white = (splat<I16>(128 * Method::scale - 1) - sum) >> 15;
+  if constexpr (Method::scale == 16) return {white, ((sum + (negative & 15)) - (white & 4080)) >> 4};
   I16 quotient;
-  if constexpr (Method::scale == 16) quotient = (sum + (negative & 15)) >> 4;
-  if constexpr (Method::scale == 48) quotient = (mulhi(sum, splat<I16>(10923)) >> 3) - negative;
-  if constexpr (Method::scale == 42) quotient = (mulhi(sum, splat<I16>(24967)) >> 4) - negative;
-  return {white, quotient - (white & 255)};
+  if constexpr (Method::scale == 48) quotient = mulhi(sum, splat<I16>(10923)) >> 3;
+  if constexpr (Method::scale == 42) quotient = mulhi(sum, splat<I16>(24967)) >> 4;
+  return {white, quotient - (negative + (white & 255))};
 }
 
 // Moves every lane up by one. The top lane goes out to the next rows; lane 0 takes what the rows above sent.
