@@ -85,14 +85,14 @@ enum QAVMMIFilterType : std::int32_t {
   QAVMMIFilterClosing = 27,
 };
 
-/// The methods of QAVMMediaImageProcessor::Dither.
+/// The methods of QAVMMediaImageProcessor::Dither; any other value is refused.
 enum QAVMMIDitherType : std::int32_t {
-  QAVMMIDitherFloydSteinberg = 0,
-  QAVMMIDitherShortRow = 1,
-  QAVMMIDitherJarvis = 2,
-  QAVMMIDitherStucki = 3,
-  QAVMMIDitherVariable = 4,
-  QAVMMIDitherThreshold = 5,
+  QAVMMIDitherFloydSteinberg = 0,  ///< error diffusion in sixteenths to the right and three pixels below
+  QAVMMIDitherShortRow = 1,        ///< error diffusion in sixteenths to the right and four pixels below and to the left
+  QAVMMIDitherJarvis = 2,          ///< error diffusion in forty-eighths over three rows
+  QAVMMIDitherStucki = 3,          ///< error diffusion in forty-seconds over three rows
+  QAVMMIDitherVariable = 4,        ///< error diffusion with weights by the pixel's value, rows to and fro
+  QAVMMIDitherThreshold = 5,       ///< white above the level of SetDitherThreshold
 };
 
 /// Bits of one pixel of format `f`: 1, 8, 16, 24, 32 for 0..4, 16 for 5..17, 24 for 18, 32 for 19..21; 0 for any other

@@ -52,19 +52,24 @@ class QAV_EXPORT QAVMMediaImageProcessor {
   /// @{
 
   /// Stretches each selected channel so that its minimum becomes 0 and its maximum 255. A sample that raises the
-  /// running maximum is not taken into the minimum, so a channel that only rises along the buffer stays as it is.
-  /// With the apply flag 0 returns S_OK whatever the format.
+  /// running maximum is not taken into the minimum, so a channel that only rises along the buffer stays as it is, as
+  /// does a constant one. `L8` to `RGBA8888`; E_FAIL for any other format and for a mask that selects none of the
+  /// image's channels. With the apply flag 0 returns S_OK whatever the format.
   static HRESULT StretchHistogram(QAVPixelImage& image, int channels, void (*progress)(float), unsigned char apply);
   /// Turns an `RGB888` or `RGBA8888` image into `L8` by the formula `type`; a `BitonalRuns` image is expanded, and for
-  /// type 7 antialiased at level 3. E_FAIL for formats `L8`, `LA88` and 5 whatever the flag; E_NOTIMPL for an unknown
-  /// type.
+  /// type 7 antialiased at level 3 (QAVMMIFilterSmoothCentre). The pixels are handed over through ResetPixels, once;
+  /// the image owns them from then on, even if it fails. E_FAIL for formats `L8`, `LA88` and 5 whatever the flag, and,
+  /// with the flag set, for any other format and for runs that do not expand; E_NOTIMPL for an unknown type, the image
+  /// being as it was.
   static HRESULT Grey(QAVPixelImage& image, QAVMMIGreyType type, void (*progress)(float), unsigned char apply);
-  /// Mirrors the image. E_FAIL for format 5 whatever the flag; E_NOTIMPL for an unknown type, but S_OK for one on a
-  /// `BitonalRuns` image. The rows of a `BitonalRuns` image whose width is no multiple of 8 are shifted by
-  /// width mod 8 bits, over the first (size + 7) / 8 of their bytes alone.
+  /// Mirrors the image. E_FAIL for format 5 whatever the flag, and, with the flag set, for an image without pixels or
+  /// rows that cannot be reordered; E_NOTIMPL for an unknown type, but S_OK for one on a `BitonalRuns` image. The rows
+  /// of a `BitonalRuns` image whose width is no multiple of 8 are shifted by width mod 8 bits, over the first (size +
+  /// 7) / 8 of their bytes alone.
   static HRESULT Mirror(QAVPixelImage& image, QAVMMIMirrorType type, void (*progress)(float), unsigned char apply);
-  /// New `RGBA8888` image with the colour of `source` and its alpha attenuated by `mask`. Null unless both are
-  /// `RGBA8888` and of one size.
+  /// New `RGBA8888` image with the colour of `source` and its alpha attenuated by `mask`. For the luminance mask the
+  /// factor is (A/255) x (L/255) of the mask's pixel with L = 0.2125 R + 0.7154 G + 0.0721 B, in double precision, the
+  /// new alpha rounded toward zero. Null unless both are `RGBA8888`, of one size and readable.
   static QAVPixelImage* Mask(const QAVPixelImage& source, const QAVPixelImage& mask, QAVMMIMaskType type,
                              void (*progress)(float));
   /// @}
@@ -95,7 +100,19 @@ class QAV_EXPORT QAVMMediaImageProcessor {
                                        void (*progress)(float));
   static HRESULT Antialiase(QAVPixelImage& image, int level, void (*progress)(float), unsigned char flag);
   static QAVPixelImage* CreateAntialiased(const QAVPixelImage& image, int level, void (*progress)(float));
+  /// Sets the level of QAVMMIDitherThreshold, 127 at first, for the whole process: the low 8 bits of `threshold`.
   static void SetDitherThreshold(int threshold);
+  /// Turns the image into black (0) and white (255) by one of six methods, as `L8`, or as `BitonalRuns` when
+  /// `makeBitonal` is set. Every format that converts to `L8` is taken; the conversion stays even if something fails
+  /// afterwards, and makeBitonal's is done for an unknown type too. An image that is `BitonalRuns` already stays as it
+  /// is: S_OK when `acceptBitonal` is set, else E_FAIL. E_FAIL for an image without a writable buffer, then for an
+  /// unknown type. An empty image becomes an empty image.
+  ///
+  /// Error diffusion compares with half of 256 whatever SetDitherThreshold says. Methods 0, 2 and 3 go back to
+  /// R. W. Floyd and L. Steinberg (1976), J. F. Jarvis, C. N. Judice and W. H. Ninke (1976) and P. Stucki (1981); the
+  /// last two with the share of the column to the left below moved one column further. QAVMMIDitherShortRow sends
+  /// nothing to the right below. QAVMMIDitherVariable chooses its weights by the pixel's own value and scans rows to
+  /// and fro. Calls on different threads do not disturb one another.
   static HRESULT Dither(QAVPixelImage& image, QAVMMIDitherType type, void (*progress)(float), unsigned char makeBitonal,
                         unsigned char acceptBitonal);
   /// @}

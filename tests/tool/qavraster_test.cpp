@@ -67,6 +67,20 @@ TEST(QavRaster, AppliesOperationsInTheOrderWritten) {
          i.ConvertToFormat(L8);
          Processor::Negative(i, 1, nullptr, 1);
        }},
+      {"--stretch --mirror both --mask-type alpha --mask CARD --grey luma-video",
+       [](QAVPixelImage& i) {
+         Processor::StretchHistogram(i, rgb, nullptr, 1);
+         Processor::Mirror(i, QAVMMIMirrorBoth, nullptr, 1);
+         Processor::Grey(i, QAVMMIGreyLumaVideo, nullptr, 1);
+       }},
+      {"--threshold 90 --dither threshold --mirror top-bottom",
+       [](QAVPixelImage& i) {
+         Processor::SetDitherThreshold(90);
+         Processor::Dither(i, QAVMMIDitherThreshold, nullptr, 0, 0);
+         Processor::Mirror(i, QAVMMIMirrorTopBottom, nullptr, 1);
+       }},
+      {"--dither jarvis --bitonal --grey 0",
+       [](QAVPixelImage& i) { Processor::Dither(i, QAVMMIDitherJarvis, nullptr, 0, 0); }},
   };
   const Image card = readBack(QAV_TEST_CARD);
   ASSERT_TRUE(card);
@@ -74,7 +88,7 @@ TEST(QavRaster, AppliesOperationsInTheOrderWritten) {
     SCOPED_TRACE(each.arguments);
     const Folder folder;
     std::vector<std::string> arguments = {QAV_TEST_CARD, "-o", folder / "out.png"};
-    for (const std::string& word : words(each.arguments)) arguments.push_back(word);
+    for (const std::string& word : words(each.arguments)) arguments.push_back(word == "CARD" ? QAV_TEST_CARD : word);
     const Outcome outcome = run(arguments);
     EXPECT_EQ(outcome.code, 0);
     EXPECT_EQ(outcome.out + outcome.err, "");

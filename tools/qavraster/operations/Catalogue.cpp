@@ -10,6 +10,8 @@ const std::vector<Family>& catalogue() {
       pointOperationFamily(),
       croppingFamily(),
       resamplingFamily(),
+      colourFamily(),
+      ditheringFamily(),
   };
   return families;
 }

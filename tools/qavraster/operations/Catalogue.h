@@ -75,6 +75,8 @@ Family pixelFormatFamily();
 Family pointOperationFamily();
 Family croppingFamily();
 Family resamplingFamily();
+Family colourFamily();
+Family ditheringFamily();
 
 /// Every family, in the order of `--list`.
 const std::vector<Family>& catalogue();
