@@ -242,6 +242,7 @@ TEST(G4, HandMadePages) {
        0,
        1,
        {0xFF}},
+      {"more white rows than the data holds bits", Bytes(8, 0xFF), 8, 100, 1, 14901, 64, Bytes(100)},
   };
   for (const auto& c : cases) {
     const Decoded decoded = decode(c.data, c.width, c.height);

@@ -12,7 +12,7 @@ class BitReader {
 
   /// The next bits, the first in the highest place.
   std::uint64_t window() const { return window_; }
-  /// How many bits of the window hold; 56 or more after a refill.
+  /// How many bits of the window hold; 56 to 63 after a refill, so that all of them may be skipped at once.
   int held() const { return held_; }
   std::int64_t position() const { return (next_ - begin_) * 8 + behindEnd_ - held_; }
   std::int64_t remaining() const { return (end_ - begin_) * 8 - position(); }
@@ -33,7 +33,7 @@ class BitReader {
       held_ |= 56;
       return;
     }
-    for (; held_ <= 56; held_ += 8) {
+    for (; held_ < 56; held_ += 8) {
       if (next_ < end_)
         window_ |= std::uint64_t{*next_++} << (56 - held_);
       else
