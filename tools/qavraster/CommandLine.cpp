@@ -106,7 +106,7 @@ Invocation parseCommand(const Command& command, const Texts& arguments) {
     const auto take = [&](const Texts& texts) {
       invocation.settings[setting.name] = Values("--" + setting.name, setting.arguments, texts);
     };
-    take(setting.preset);
+    if (!setting.preset.empty()) take(setting.preset);
     declare(app, setting.name, setting.arguments, setting.help, take);
   }
   Texts positional(command.arguments.size());

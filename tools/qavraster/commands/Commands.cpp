@@ -4,7 +4,7 @@ namespace qavraster {
 
 const std::vector<Command>& commands() {
   static const std::vector<Command> all = {
-      {"info", {file("FILE")}, "Prints the size and the pixel format of a picture.", showInfo},
+      {"info", {file("FILE")}, "Prints what a file is: its format, size, channels and bits.", showInfo},
   };
   return all;
 }
