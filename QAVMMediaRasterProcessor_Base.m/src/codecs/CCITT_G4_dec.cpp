@@ -74,7 +74,7 @@ class Decoder {
       ++rows;
     }
     reader_.refill();
-    const bool closed = reader_.remaining() >= kBlockEndBits && reader_.window() >> (64 - kBlockEndBits) == kBlockEnd;
+    const bool closed = reader_.remaining() >= kBlockEndBits && reader_.window >> (64 - kBlockEndBits) == kBlockEnd;
     return finish(closed ? 0 : kNoBlockEnd);
   }
 
@@ -90,7 +90,7 @@ class Decoder {
   int whiteRows(int most) {
     if (reference_.count > 0) return 0;
     reader_.refill();
-    const int rows = std::min({std::countl_one(reader_.window()), reader_.held(), most});
+    const int rows = std::min({std::countl_one(reader_.window), reader_.held, most});
     reader_.skip(rows);
     return rows;
   }
@@ -112,6 +112,7 @@ class Decoder {
   // Where runs are measured from: the first pixel, as long as a0 is the imaginary one before it.
   int runStart() const { return std::max(a0_, 1); }
 
+  const kernels::G4RowKernels& kernels_ = kernels::g4RowKernels();
   BitReader reader_;
   std::int64_t lastCodeByte_;
   Page page_;
@@ -137,45 +138,21 @@ int Decoder::decodeRow() {
   return state == kRowDone ? 0 : state;
 }
 
-// Takes vertical codes, most of what a page consists of, as long as they move to the right and the end of the data is
-// far. Works on copies: writing elements could otherwise change the members, for all that the compiler knows.
+// Most of what a page consists of.
 int Decoder::plainVerticals() {
-  BitReader reader = reader_;
-  const int* b1 = reference_.at + b1_;
-  int* out = coding_.at + coding_.count;
-  const int width = page_.width;
-  int a0 = a0_;
-  bool done = false;
-  for (bool open = true; open && reader.plenty();) {
-    reader.refill();
-    for (int codes = 56 / ModeTable::kBits; codes > 0; --codes) {
-      const ModeEntry code = kModes[reader.window()];
-      const int a1 = *b1 + code.offset;
-      if ((code.mode != Mode::Vertical) | (a1 <= a0) | (a1 > width)) {
-        done = code.mode == Mode::Vertical && a1 > width;
-        open = false;
-        break;
-      }
-      reader.skip(code.length);
-      *out++ = a0 = a1;
-      // The next b1 has the other colour; after a step to the left it may be the element before this one.
-      b1 += b1[-1] > a1 ? -1 : 1;
-      while (*b1 <= a1) b1 += 2;
-    }
-  }
-  if (done) reader.skip(kModes[reader.window()].length);
-  reader_ = reader;
-  b1_ = static_cast<std::size_t>(b1 - reference_.at);
-  coding_.count = static_cast<std::size_t>(out - coding_.at);
-  a0_ = a0;
+  kernels::G4Row row{reference_.at + b1_, coding_.at + coding_.count, a0_, page_.width};
+  const bool done = kernels_.decodeVerticals(kVerticalGroups.data(), reader_, row);
+  b1_ = static_cast<std::size_t>(row.b1 - reference_.at);
+  coding_.count = static_cast<std::size_t>(row.out - coding_.at);
+  a0_ = row.a0;
   return done ? kRowDone : kRowOpen;
 }
 
 int Decoder::oneCode() {
   reader_.refill();
-  const ModeEntry code = kModes[reader_.window()];
+  const ModeEntry code = kModes[reader_.window];
   if (code.mode == Mode::None)
-    return kModes.beginsLongerCode(reader_.window(), reader_.remaining()) ? kDataEnds : kInvalidCode;
+    return kModes.beginsLongerCode(reader_.window, reader_.remaining()) ? kDataEnds : kInvalidCode;
   if (reader_.remaining() < code.length) return kDataEnds;
   reader_.skip(code.length);
   const int state = code.mode == Mode::Vertical ? vertical(code.offset)
@@ -222,9 +199,8 @@ template <class Table>
 int Decoder::readRun(const Table& table, std::int64_t& run) {
   for (;;) {
     reader_.refill();
-    const RunEntry code = table[reader_.window()];
-    if (code.length == 0)
-      return table.beginsLongerCode(reader_.window(), reader_.remaining()) ? kDataEnds : kInvalidCode;
+    const RunEntry code = table[reader_.window];
+    if (code.length == 0) return table.beginsLongerCode(reader_.window, reader_.remaining()) ? kDataEnds : kInvalidCode;
     if (reader_.remaining() < code.length) return kDataEnds;
     reader_.skip(code.length);
     run += code.run;
