@@ -12,46 +12,10 @@
 namespace qav::g4 {
 namespace {
 
-// Writes black spans, which come in rising order, into a bitmap of zeros, a word at a time.
-class SpanWriter {
- public:
-  SpanWriter(unsigned char* bitmap, std::size_t bytes) : bitmap_(bitmap), end_(bitmap + bytes) {}
-
-  // Bits from <= i < to. An empty span does nothing.
-  void blacken(std::uint64_t from, std::uint64_t to) {
-    if (from >= to) return;
-    if (from / 64 != word_) moveTo(from / 64);
-    bits_ |= ~std::uint64_t{0} >> (from % 64);
-    if (to / 64 == word_) {
-      bits_ &= ~(~std::uint64_t{0} >> (to % 64));
-      return;
-    }
-    flush();
-    const std::uint64_t last = to / 64;
-    std::memset(bitmap_ + (word_ + 1) * 8, 0xFF, (last - word_ - 1) * 8);
-    word_ = last;
-    bits_ = ~(~std::uint64_t{0} >> (to % 64));
-  }
-
-  void flush() { storeBits(bitmap_ + word_ * 8, end_, bits_); }
-
- private:
-  void moveTo(std::uint64_t word) {
-    flush();
-    word_ = word;
-    bits_ = 0;
-  }
-
-  unsigned char* bitmap_;
-  const unsigned char* end_;
-  std::uint64_t word_ = 0;
-  std::uint64_t bits_ = 0;
-};
-
 class Decoder {
  public:
   Decoder(const unsigned char* src, int srcLen, Page page, unsigned char* dst)
-      : reader_(src, srcLen), lastCodeByte_(std::int64_t{srcLen} - 2), page_(page), writer_(dst, page.bytes()) {
+      : reader_(src, srcLen), lastCodeByte_(std::int64_t{srcLen} - 2), page_(page), dst_(dst) {
     // Every element takes a bit of data or more: short data cannot ask for long lists.
     const auto most = std::min(static_cast<std::size_t>(page.width) + 3, static_cast<std::size_t>(srcLen) * 8);
     const std::size_t space = ChangingElements::space(most);
@@ -67,24 +31,21 @@ class Decoder {
         rows += white;
         continue;
       }
-      if (const int error = decodeRow()) return finish(error);
+      if (const int error = decodeRow()) return error;
       coding_.close(page_.width);
-      writeRow(static_cast<std::uint64_t>(rows) * static_cast<std::uint64_t>(page_.width));
+      kernels_.blacken(coding_.at, coding_.count,
+                       static_cast<std::uint64_t>(rows) * static_cast<std::uint64_t>(page_.width), dst_,
+                       dst_ + page_.bytes());
       std::swap(reference_, coding_);
       ++rows;
     }
     reader_.refill();
     const bool closed = reader_.remaining() >= kBlockEndBits && reader_.window >> (64 - kBlockEndBits) == kBlockEnd;
-    return finish(closed ? 0 : kNoBlockEnd);
+    return closed ? 0 : kNoBlockEnd;
   }
 
  private:
   enum : int { kRowOpen = 0, kRowDone = -1 };
-
-  int finish(int error) {
-    writer_.flush();
-    return error;
-  }
 
   // A white row below a white row is a single one bit: takes as many as stand here.
   int whiteRows(int most) {
@@ -103,7 +64,6 @@ class Decoder {
   int pass();
   template <class Table>
   int readRun(const Table& table, std::int64_t& run);
-  void writeRow(std::uint64_t firstBit);
 
   // Moves b1 to the first element of its colour to the right of a0.
   void advanceReference() {
@@ -116,7 +76,7 @@ class Decoder {
   BitReader reader_;
   std::int64_t lastCodeByte_;
   Page page_;
-  SpanWriter writer_;
+  unsigned char* dst_;
   std::unique_ptr<int[]> lists_;
   ChangingElements reference_;
   ChangingElements coding_;
@@ -206,13 +166,6 @@ int Decoder::readRun(const Table& table, std::int64_t& run) {
     run += code.run;
     if (!code.makeUp) return 0;
   }
-}
-
-void Decoder::writeRow(std::uint64_t firstBit) {
-  const int* at = coding_.at;
-  for (std::size_t i = 0; i < coding_.count; i += 2)
-    writer_.blacken(firstBit + static_cast<std::uint64_t>(at[i]) - 1,
-                    firstBit + static_cast<std::uint64_t>(at[i + 1]) - 1);
 }
 
 }  // namespace

@@ -73,6 +73,11 @@ struct G4RowKernels {
   void (*codeRow)(const int* a, const int* b, int width, const G4RunCodes& codes, G4Output& output);
   /// Takes vertical codes that move to the right as long as 16 bytes follow. True when they complete the row.
   bool (*decodeVerticals)(const G4Group* groups, G4Input& input, G4Row& row);
+  /// Blackens the pixels of a row between its `count` changing elements, the last of them to the edge if they are odd,
+  /// with an entry of width + 1 behind them. The row begins at bit `firstBit` of a bitmap that ends at `end` and is
+  /// white from there on.
+  void (*blacken)(const int* at, std::size_t count, std::uint64_t firstBit, std::uint8_t* bitmap,
+                  const std::uint8_t* end);
 };
 
 const G4RowKernels& g4RowKernels() noexcept;

@@ -273,9 +273,38 @@ bool decodeVerticals(const G4Group* groups, G4Input& input, G4Row& row) {
   return next == Next::RowDone;
 }
 
+[[gnu::always_inline]] inline void storeBits(std::uint8_t* to, const std::uint8_t* end, std::uint64_t bits) {
+  const std::uint64_t value = bigEndian(bits);
+  if (end - to >= 8) [[likely]]
+    std::memcpy(to, &value, 8);
+  else if (to < end)
+    std::memcpy(to, &value, static_cast<std::size_t>(end - to));
+}
+
+// Every change stores its word, whether the next one falls into the same or not: what would be a branch that nothing
+// foretells is a choice of the word to go on with.
+void blacken(const int* at, std::size_t count, std::uint64_t firstBit, std::uint8_t* bitmap, const std::uint8_t* end) {
+  constexpr std::uint64_t all = ~std::uint64_t{0};
+  if (count == 0) return;
+  std::uint64_t word = firstBit / 64;
+  std::uint64_t bits = loadBits(bitmap + word * 8, end);
+  for (std::size_t i = 0; i < count; i += 2) {
+    const std::uint64_t from = firstBit + static_cast<std::uint64_t>(at[i]) - 1;
+    const std::uint64_t to = firstBit + static_cast<std::uint64_t>(at[i + 1]) - 1;
+    const std::uint64_t first = from / 64, last = to / 64;
+    bits = (first == word ? bits : 0) | all >> from % 64;
+    storeBits(bitmap + first * 8, end, bits);
+    if (last > first + 1) [[unlikely]]
+      std::memset(bitmap + (first + 1) * 8, 0xFF, (last - first - 1) * 8);
+    bits = (last == first ? bits : all) & ~(all >> to % 64);
+    storeBits(bitmap + last * 8, end, bits);
+    word = last;
+  }
+}
+
 }  // namespace
 
 extern const G4RowKernels g4Rows;
-const G4RowKernels g4Rows = {&findChanges, &codeRow, &decodeVerticals};
+const G4RowKernels g4Rows = {&findChanges, &codeRow, &decodeVerticals, &blacken};
 
 #include "RegionEnd.h"
