@@ -216,7 +216,8 @@ void codeRow(const int* a, const int* b, int width, const G4RunCodes& codes, G4O
   unsigned good = 0;
   for (int i = 0; i < group.codes; ++i) {
     const int a1 = b1[i] + group.offset[i];
-    good |= static_cast<unsigned>((a1 > a0) & (a1 <= width) & (b1[i + 1] > a1) & (b1[i - 1] <= a1)) << i;
+    if (!((a1 > a0) & (a1 <= width) & (b1[i + 1] > a1) & (b1[i - 1] <= a1))) break;
+    good |= 1u << i;
     out[i] = a0 = a1;
   }
   return good;
