@@ -14,14 +14,30 @@
 /// bands and a table size, and behind it its data records; any other entry has as many records as it says, all passed
 /// over.
 ///
-/// Data-type codes: 0..9 one channel of 16 bits, compression 0..9; 10400 + c three channels of 8 bits; 20400 + c one
-/// channel of 8 bits; 20500 + c one channel of 16 bits; compression c in 0..99. Compressions 0 (none), 1 (runs of two
-/// bytes a sample), 2 (rows with margins), 7 (runs of bytes, 8 bits only) and 8 (runs of 16-bit samples, 16 bits only)
-/// can be read.
+/// Fields of an image record (each 32 bits): extent 0 (columns) at byte 0, extent 1 (rows) at 4, the data-type code at
+/// 12, the number of bands S at 16, the table size at 32. One-channel data has S + 1 data records, the first of them
+/// the table of four-byte entries; three-channel data has 3 S, with two more before them when the table size is not 0.
 ///
-/// What a damaged file says is never trusted: a block cut short reads as zeros (a length of 0 is a record error), a
-/// record cut short ends where the file does, nothing is allocated before the file is known to hold it, and counts of
-/// any size end with the file. Pixels that the data do not cover are black. Only regular files are opened.
+/// Data-type codes: 0..9 one channel of 16 bits, compression 0..9; 10400 + c three channels of 8 bits; 20400 + c one
+/// channel of 8 bits; 20500 + c one channel of 16 bits; compression c in 0..99.
+///
+/// A band has min(262144 / extent 0, extent 1) rows, at least one (an extent 0 of 0 counts as 1 here). With b bytes a
+/// sample and big-endian numbers, its record holds, by compression:
+///   - 0: the rows as they are. Neither the rows' places in the record nor those in the result are multiplied by b:
+///     rows of 16-bit samples lie over one another;
+///   - 1: runs of a 16-bit count and two bytes of sample, one every 2 b bytes, that go on from row to row;
+///   - 2: for every row a 16-bit count, the signed 16-bit first column (from 1), and as many bytes, each of which
+///     becomes a zero byte and itself; a count of 65535 is an empty row and stands alone;
+///   - 7 (b = 1 only) and 8 (b = 2 only): runs of count and sample, b bytes each, that begin anew with every row; what
+///     exceeds the row is dropped.
+///
+/// Compressions 1 and 2 store two bytes a sample, also where b is 1; what falls outside the band's result is dropped.
+/// Other compressions cannot be read.
+///
+/// What a damaged file says is never trusted: a length block cut short reads as zeros (a length of 0 is a record
+/// error), a record cut short ends where the file does and its missing fields are 0, a negative length passes over as
+/// many bytes, no record is allocated before the file is known to hold it, and counts of any size end with the file.
+/// Pixels that the data do not cover are black. Only regular files are opened.
 
 extern "C" {
 
@@ -40,10 +56,10 @@ QAV_EXPORT int ripicrhd(const char* path, int* kind, std::int64_t extent[2]);
 /// byte as grey. Three-channel data has one record a channel, red, green, blue, for every band of rows.
 ///
 /// The extents count as last indices: returns -10 for an origin below 0 or above its extent, and -11 for a rectangle
-/// with extent - origin + 1 < size. Otherwise returns 0; -5 when the file cannot be opened or `kind` is not 1 (what
-/// ripicrhd stores); -1 for a record error, a failed allocation or a compression that cannot be read; -2 for an unknown
-/// data-type code; -4 when there is no image entry, or fewer bands than the rectangle needs. A null `origin` counts as
-/// a bad origin, a null `size` or `out` as a bad rectangle.
+/// with extent - origin + 1 < size. An empty rectangle gives 0 then. Otherwise returns 0; -5 when the file cannot be
+/// opened or `kind` is not 1 (what ripicrhd stores); -1 for a record error, a failed allocation or a compression that
+/// cannot be read; -2 for an unknown data-type code; -4 when there is no image entry, or fewer bands than the rectangle
+/// needs. A null `origin` counts as a bad origin, a null `size` or `out` as a bad rectangle.
 QAV_EXPORT int ripicrdt(const char* path, int* kind, const std::int64_t origin[2], const std::int64_t size[2],
                         unsigned char* out);
 

@@ -8,6 +8,7 @@
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
+#include <memory>
 
 #include "Errors.h"
 #include "formats/Formats.h"
@@ -50,12 +51,15 @@ const FileFormat* formatOf(const std::string& path) {
   return nullptr;
 }
 
-void requireReadable(const std::string& path) {
+// How the file begins.
+std::string headOf(const std::string& path) {
   std::error_code error;
   if (std::filesystem::is_directory(path, error)) throw Failure("cannot read '" + path + "': it is a folder");
-  std::FILE* file = std::fopen(path.c_str(), "rb");
+  const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(path.c_str(), "rb"), &std::fclose);
   if (!file) throw Failure("cannot read '" + path + "': " + std::strerror(errno));
-  std::fclose(file);
+  std::string head(8, '\0');
+  head.resize(std::fread(head.data(), 1, head.size(), file.get()));
+  return head;
 }
 
 std::string namesOfFormats(bool written) {
@@ -76,13 +80,38 @@ const std::vector<FileFormat>& fileFormats() {
       {"SGI", {".sgi", ".rgb"}, "8 bits a channel; written as three or four channels", readSGI, writeSGI},
       {"PostScript", {".ps"}, "a page of one point a pixel, 8 bits a channel", nullptr, writePostScript},
       {"EPS", {".eps"}, "as PostScript, for use within other pages", nullptr, writeEncapsulatedPostScript},
+      {"TIFF",
+       {".tif", ".tiff"},
+       "every pixel format; bitonal as Group 4",
+       readByContent,
+       writeAs<kTiff>,
+       {},
+       {{"II*\0", 4}, {"MM\0*", 4}, {"II+\0", 4}, {"MM\0+", 4}}},
+      {"PNG", {".png"}, "8 and 16 bits a channel", readByContent, writeAs<kPng>, {}, {"\x89PNG"}},
+      {"JPEG",
+       {".jpg", ".jpeg"},
+       "8 bits a channel, quality 95, no alpha",
+       readByContent,
+       writeAs<kJpeg>,
+       {},
+       {"\xFF\xD8\xFF"}},
+      group4Format(),
+      blockRecordFormat(),
   };
   return all;
 }
 
+const FileFormat* inputFormat(const std::string& path) {
+  const std::string head = headOf(path);
+  for (const FileFormat& format : fileFormats()) {
+    for (const std::string& signature : format.signatures)
+      if (head.starts_with(signature)) return &format;
+  }
+  return formatOf(path);
+}
+
 Image readImage(const std::string& path, const Settings& settings) {
-  requireReadable(path);
-  const FileFormat* format = formatOf(path);
+  const FileFormat* format = inputFormat(path);
   Image image = format && format->read ? format->read(path, settings) : readByContent(path, settings);
   if (!image) throw Failure("cannot read '" + path + "': not an undamaged " + namesOfFormats(false) + " file");
   return image;

@@ -9,7 +9,7 @@
 namespace qavraster {
 
 /// A setting that holds from where it stands on the command line: its name, its arguments, and what they are when it
-/// is not given.
+/// is not given. Without a preset it is missing from Settings until it is given.
 struct Setting {
   std::string name;
   std::vector<Argument> arguments;
@@ -26,12 +26,23 @@ struct FileFormat {
   Image (*read)(const std::string& path, const Settings& settings);
   bool (*write)(const QAVPixelImage& image, const std::string& path, const Settings& settings);
   std::vector<Setting> settings = {};
+  /// How such files begin: one that does is of this format whatever its name.
+  std::vector<std::string> signatures = {};
+  /// What `qavraster info` says of a file after its format; null: of the picture in it.
+  std::string (*inspect)(const std::string& path, const Settings& settings) = nullptr;
 };
+
+/// Raw Group 4 data; block-record files.
+FileFormat group4Format();
+FileFormat blockRecordFormat();
 
 /// Every file format; how to add one stands in operations/Catalogue.h.
 const std::vector<FileFormat>& fileFormats();
 
-/// The image in `path`. TIFF, PNG and JPEG are recognised by content whatever the extension. Throws Failure.
+/// The format of a file that is there: by how it begins, otherwise by its extension. Null when neither is known.
+/// Throws Failure for a file that cannot be read at all.
+const FileFormat* inputFormat(const std::string& path);
+/// The image in `path`. Throws Failure.
 Image readImage(const std::string& path, const Settings& settings);
 /// The format that an output's extension stands for. Throws UsageError, with the known ones named.
 const FileFormat& outputFormat(const std::string& path);

@@ -18,7 +18,8 @@ std::string entry(const std::string& name, const std::vector<Argument>& argument
 std::string entry(const Setting& setting) {
   std::string preset;
   for (const std::string& value : setting.preset) preset += " " + value;
-  return entry("--" + setting.name, setting.arguments, setting.help + " Unless given:" + preset + ".");
+  if (!preset.empty()) preset = " Unless given:" + preset + ".";
+  return entry("--" + setting.name, setting.arguments, setting.help + preset);
 }
 
 std::string familyText(const Family& family) {

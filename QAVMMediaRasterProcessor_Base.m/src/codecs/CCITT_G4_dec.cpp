@@ -12,46 +12,10 @@
 namespace qav::g4 {
 namespace {
 
-// Writes black spans, which come in rising order, into a bitmap of zeros, a word at a time.
-class SpanWriter {
- public:
-  SpanWriter(unsigned char* bitmap, std::size_t bytes) : bitmap_(bitmap), end_(bitmap + bytes) {}
-
-  // Bits from <= i < to. An empty span does nothing.
-  void blacken(std::uint64_t from, std::uint64_t to) {
-    if (from >= to) return;
-    if (from / 64 != word_) moveTo(from / 64);
-    bits_ |= ~std::uint64_t{0} >> (from % 64);
-    if (to / 64 == word_) {
-      bits_ &= ~(~std::uint64_t{0} >> (to % 64));
-      return;
-    }
-    flush();
-    const std::uint64_t last = to / 64;
-    std::memset(bitmap_ + (word_ + 1) * 8, 0xFF, (last - word_ - 1) * 8);
-    word_ = last;
-    bits_ = ~(~std::uint64_t{0} >> (to % 64));
-  }
-
-  void flush() { storeBits(bitmap_ + word_ * 8, end_, bits_); }
-
- private:
-  void moveTo(std::uint64_t word) {
-    flush();
-    word_ = word;
-    bits_ = 0;
-  }
-
-  unsigned char* bitmap_;
-  const unsigned char* end_;
-  std::uint64_t word_ = 0;
-  std::uint64_t bits_ = 0;
-};
-
 class Decoder {
  public:
   Decoder(const unsigned char* src, int srcLen, Page page, unsigned char* dst)
-      : reader_(src, srcLen), lastCodeByte_(std::int64_t{srcLen} - 2), page_(page), writer_(dst, page.bytes()) {
+      : reader_(src, srcLen), lastCodeByte_(std::int64_t{srcLen} - 2), page_(page), dst_(dst) {
     // Every element takes a bit of data or more: short data cannot ask for long lists.
     const auto most = std::min(static_cast<std::size_t>(page.width) + 3, static_cast<std::size_t>(srcLen) * 8);
     const std::size_t space = ChangingElements::space(most);
@@ -67,30 +31,27 @@ class Decoder {
         rows += white;
         continue;
       }
-      if (const int error = decodeRow()) return finish(error);
+      if (const int error = decodeRow()) return error;
       coding_.close(page_.width);
-      writeRow(static_cast<std::uint64_t>(rows) * static_cast<std::uint64_t>(page_.width));
+      kernels_.blacken(coding_.at, coding_.count,
+                       static_cast<std::uint64_t>(rows) * static_cast<std::uint64_t>(page_.width), dst_,
+                       dst_ + page_.bytes());
       std::swap(reference_, coding_);
       ++rows;
     }
     reader_.refill();
-    const bool closed = reader_.remaining() >= kBlockEndBits && reader_.window() >> (64 - kBlockEndBits) == kBlockEnd;
-    return finish(closed ? 0 : kNoBlockEnd);
+    const bool closed = reader_.remaining() >= kBlockEndBits && reader_.window >> (64 - kBlockEndBits) == kBlockEnd;
+    return closed ? 0 : kNoBlockEnd;
   }
 
  private:
   enum : int { kRowOpen = 0, kRowDone = -1 };
 
-  int finish(int error) {
-    writer_.flush();
-    return error;
-  }
-
   // A white row below a white row is a single one bit: takes as many as stand here.
   int whiteRows(int most) {
     if (reference_.count > 0) return 0;
     reader_.refill();
-    const int rows = std::min({std::countl_one(reader_.window()), reader_.held(), most});
+    const int rows = std::min({std::countl_one(reader_.window), reader_.held, most});
     reader_.skip(rows);
     return rows;
   }
@@ -103,7 +64,6 @@ class Decoder {
   int pass();
   template <class Table>
   int readRun(const Table& table, std::int64_t& run);
-  void writeRow(std::uint64_t firstBit);
 
   // Moves b1 to the first element of its colour to the right of a0.
   void advanceReference() {
@@ -112,10 +72,11 @@ class Decoder {
   // Where runs are measured from: the first pixel, as long as a0 is the imaginary one before it.
   int runStart() const { return std::max(a0_, 1); }
 
+  const kernels::G4RowKernels& kernels_ = kernels::g4RowKernels();
   BitReader reader_;
   std::int64_t lastCodeByte_;
   Page page_;
-  SpanWriter writer_;
+  unsigned char* dst_;
   std::unique_ptr<int[]> lists_;
   ChangingElements reference_;
   ChangingElements coding_;
@@ -137,45 +98,21 @@ int Decoder::decodeRow() {
   return state == kRowDone ? 0 : state;
 }
 
-// Takes vertical codes, most of what a page consists of, as long as they move to the right and the end of the data is
-// far. Works on copies: writing elements could otherwise change the members, for all that the compiler knows.
+// Most of what a page consists of.
 int Decoder::plainVerticals() {
-  BitReader reader = reader_;
-  const int* b1 = reference_.at + b1_;
-  int* out = coding_.at + coding_.count;
-  const int width = page_.width;
-  int a0 = a0_;
-  bool done = false;
-  for (bool open = true; open && reader.plenty();) {
-    reader.refill();
-    for (int codes = 56 / ModeTable::kBits; codes > 0; --codes) {
-      const ModeEntry code = kModes[reader.window()];
-      const int a1 = *b1 + code.offset;
-      if ((code.mode != Mode::Vertical) | (a1 <= a0) | (a1 > width)) {
-        done = code.mode == Mode::Vertical && a1 > width;
-        open = false;
-        break;
-      }
-      reader.skip(code.length);
-      *out++ = a0 = a1;
-      // The next b1 has the other colour; after a step to the left it may be the element before this one.
-      b1 += b1[-1] > a1 ? -1 : 1;
-      while (*b1 <= a1) b1 += 2;
-    }
-  }
-  if (done) reader.skip(kModes[reader.window()].length);
-  reader_ = reader;
-  b1_ = static_cast<std::size_t>(b1 - reference_.at);
-  coding_.count = static_cast<std::size_t>(out - coding_.at);
-  a0_ = a0;
+  kernels::G4Row row{reference_.at + b1_, coding_.at + coding_.count, a0_, page_.width};
+  const bool done = kernels_.decodeVerticals(kVerticalGroups.data(), reader_, row);
+  b1_ = static_cast<std::size_t>(row.b1 - reference_.at);
+  coding_.count = static_cast<std::size_t>(row.out - coding_.at);
+  a0_ = row.a0;
   return done ? kRowDone : kRowOpen;
 }
 
 int Decoder::oneCode() {
   reader_.refill();
-  const ModeEntry code = kModes[reader_.window()];
+  const ModeEntry code = kModes[reader_.window];
   if (code.mode == Mode::None)
-    return kModes.beginsLongerCode(reader_.window(), reader_.remaining()) ? kDataEnds : kInvalidCode;
+    return kModes.beginsLongerCode(reader_.window, reader_.remaining()) ? kDataEnds : kInvalidCode;
   if (reader_.remaining() < code.length) return kDataEnds;
   reader_.skip(code.length);
   const int state = code.mode == Mode::Vertical ? vertical(code.offset)
@@ -222,21 +159,13 @@ template <class Table>
 int Decoder::readRun(const Table& table, std::int64_t& run) {
   for (;;) {
     reader_.refill();
-    const RunEntry code = table[reader_.window()];
-    if (code.length == 0)
-      return table.beginsLongerCode(reader_.window(), reader_.remaining()) ? kDataEnds : kInvalidCode;
+    const RunEntry code = table[reader_.window];
+    if (code.length == 0) return table.beginsLongerCode(reader_.window, reader_.remaining()) ? kDataEnds : kInvalidCode;
     if (reader_.remaining() < code.length) return kDataEnds;
     reader_.skip(code.length);
     run += code.run;
     if (!code.makeUp) return 0;
   }
-}
-
-void Decoder::writeRow(std::uint64_t firstBit) {
-  const int* at = coding_.at;
-  for (std::size_t i = 0; i < coding_.count; i += 2)
-    writer_.blacken(firstBit + static_cast<std::uint64_t>(at[i]) - 1,
-                    firstBit + static_cast<std::uint64_t>(at[i + 1]) - 1);
 }
 
 }  // namespace

@@ -40,7 +40,7 @@ inline Page pageOf(const int* size) { return size ? Page{size[0], size[1]} : Pag
 /// at least kSentinels entries of width + 1 once the row is closed.
 struct ChangingElements {
   static constexpr std::size_t kSentinels = 8;
-  /// Entries behind the sentinels that a copy of elements may overrun into.
+  /// Entries behind the sentinels that the inner loops may overrun into.
   static constexpr std::size_t kSlack = 72;
 
   int* at = nullptr;

@@ -1,12 +1,15 @@
 #pragma once
 
+#include "kernels/G4Rows.h"
+
 #include <CCITTCodeTables.h>
 
 #include <array>
 #include <cstddef>
 #include <cstdint>
 
-/// Look-up tables for reading codes, indexed by the next bits: each entry is the code that those begin with.
+/// Look-up tables for reading codes, indexed by the next bits: each entry is the code that those begin with. And the
+/// tables that the inner loops work with.
 namespace qav::g4 {
 
 struct RunEntry {
@@ -28,7 +31,7 @@ struct CodeTable {
   static constexpr int kBits = indexBits;
   std::array<Entry, std::size_t{1} << indexBits> entries{};
 
-  const Entry& operator[](std::uint64_t window) const { return entries[window >> (64 - kBits)]; }
+  constexpr const Entry& operator[](std::uint64_t window) const { return entries[window >> (64 - kBits)]; }
 
   constexpr void enter(unsigned code, int length, Entry entry) {
     entry.length = static_cast<std::uint8_t>(length);
@@ -81,5 +84,44 @@ constexpr Table makeRunTable(bool black) {
 inline constexpr ModeTable kModes = makeModeTable();
 inline constexpr WhiteTable kWhiteRuns = makeRunTable<WhiteTable>(false);
 inline constexpr BlackTable kBlackRuns = makeRunTable<BlackTable>(true);
+
+using GroupTable = std::array<kernels::G4Group, std::size_t{1} << kernels::kG4GroupBits>;
+
+constexpr GroupTable makeGroups() {
+  GroupTable groups;
+  for (std::uint64_t next = 0; next < groups.size(); ++next) {
+    kernels::G4Group& group = groups[next];
+    for (std::uint64_t window = next << (64 - kernels::kG4GroupBits); group.codes < kernels::kG4GroupCodes;) {
+      const ModeEntry code = kModes[window];
+      if (code.mode != Mode::Vertical || group.bits + code.length > kernels::kG4GroupBits) break;
+      group.bits = static_cast<std::uint8_t>(group.bits + code.length);
+      group.offset[group.codes] = code.offset;
+      group.ends |= std::uint32_t{group.bits} << (4 * group.codes++);
+      window <<= code.length;
+    }
+  }
+  return groups;
+}
+
+constexpr kernels::G4Code packed(CCITTCode makeUp, CCITTCode last) {
+  const std::uint32_t value = std::uint32_t{makeUp.value} << last.length | last.value;
+  return {value << 5 | static_cast<std::uint32_t>(makeUp.length + last.length)};
+}
+
+constexpr kernels::G4RunCodes makeRunCodes() {
+  kernels::G4RunCodes codes{};
+  for (const bool black : {false, true}) {
+    for (int run = 0; run < kernels::kG4Runs; ++run)
+      codes.run[black][run] =
+          packed(run < 64 ? CCITTCode{} : ccittMakeUpCode(black, run & ~63), ccittTerminatingCode(black, run & 63));
+    codes.longest[black] = packed({}, ccittMakeUpCode(black, kLongestMakeUp));
+  }
+  return codes;
+}
+
+static_assert(kernels::kG4LongestMakeUp == kLongestMakeUp && kernels::kG4Runs == kLongestMakeUp + 64);
+
+inline constexpr GroupTable kVerticalGroups = makeGroups();
+inline constexpr kernels::G4RunCodes kRunCodes = makeRunCodes();
 
 }  // namespace qav::g4

@@ -11,6 +11,7 @@ const std::vector<Command>& commands() {
        "ones). Exit code 0: none reaches the threshold, 1: some do, 2: an error.",
        compareFiles,
        comparisonSettings()},
+      {"info", {file("FILE")}, "Prints what a file is: its format, size, channels and bits.", showInfo},
   };
   return all;
 }

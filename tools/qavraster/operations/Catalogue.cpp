@@ -25,8 +25,10 @@ std::vector<Setting> allSettings() {
 
 Settings presets() {
   Settings settings;
-  for (const Setting& setting : allSettings())
-    settings[setting.name] = Values("--" + setting.name, setting.arguments, setting.preset);
+  for (const Setting& setting : allSettings()) {
+    if (!setting.preset.empty())
+      settings[setting.name] = Values("--" + setting.name, setting.arguments, setting.preset);
+  }
   return settings;
 }
 

@@ -1,0 +1,6 @@
+#include "fuzz/picture_files.h"
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  qav::fuzz::read_jpeg({data, size});
+  return 0;
+}
