@@ -4,12 +4,14 @@
 /// Every public header of the library and, through them, of the platform.
 
 #include <CCITT_G4.h>
+#include <IMGLegacy.h>
 #include <QAV5X5ColorMatrix.h>
 #include <QAVBaseUnknown.h>
 #include <QAVBlockRasterFile.h>
 #include <QAVCheck.h>
 #include <QAVMMIColorRamp.h>
 #include <QAVMMICropping.h>
+#include <QAVMMIHelperRGBA.h>
 #include <QAVMMediaImageFormat.h>
 #include <QAVMMediaImageProcessor.h>
 #include <QAVMMediaRasterVersion.h>
