@@ -2,25 +2,41 @@
 
 #include <QAVMMIHelperRGBA.h>
 
+#include "drawing/Canvas.h"
+#include "kernels/Fill.h"
+
 #include <cstdint>
 #include <span>
 
 namespace qav {
 
-struct Canvas;
-struct Point;
-
-struct BrushOffset {
-  std::int32_t dx;
-  std::int32_t dy;
+/// A row of a stamp: the columns left..right, dy rows below the brush's position.
+struct StampRow {
+  std::int8_t dy;
+  std::int8_t left;
+  std::int8_t right;
 };
 
-/// No offset of a brush is larger, in either direction.
+/// No pixel of a stamp lies further from its position, in either direction.
 inline constexpr std::int64_t kBrushReach = 7;
 
-/// The pixels of a brush, relative to its position; none for an unknown brush.
-std::span<const BrushOffset> stampOf(QAVMMIBrush brush);
+/// The rows of a brush, one for each unbroken run of its pixels; none for an unknown brush.
+std::span<const StampRow> stampOf(QAVMMIBrush brush);
 
-void drawStamp(const Canvas& canvas, const Point& position, std::uint32_t colour, std::span<const BrushOffset> stamp);
+/// Stamps a brush along rows.
+class StampPainter {
+ public:
+  StampPainter(const Canvas& canvas, std::span<const StampRow> stamp, std::uint32_t colour)
+      : canvas_(canvas), stamp_(stamp), colour_(colour), fill_(kernels::fillKernels().fillSpan) {}
+
+  /// At each of the positions x1 to x2, in this order, of row y.
+  void operator()(std::int64_t y, std::int64_t x1, std::int64_t x2) const;
+
+ private:
+  Canvas canvas_;
+  std::span<const StampRow> stamp_;
+  std::uint32_t colour_;
+  decltype(kernels::FillKernels::fillSpan) fill_;
+};
 
 }  // namespace qav

@@ -81,13 +81,14 @@ void drawEllipse(const Canvas& canvas, const Point& centre, std::int64_t rx, std
 }
 
 void fillEllipse(const Canvas& canvas, const Point& centre, std::int64_t rx, std::int64_t ry, std::uint32_t colour) {
+  const SpanPainter paint(canvas, colour);
   std::int64_t lastRow = -1;
   drawQuarters(canvas, centre, rx, ry, [&](std::int64_t x, std::int64_t k) {
     // The first visit of a row covers the later ones.
     if (k == lastRow) return;
     lastRow = k;
-    drawSpan(canvas, centre.y + k, centre.x - x, centre.x + x, colour);
-    drawSpan(canvas, centre.y - k, centre.x - x, centre.x + x, colour);
+    paint(centre.y + k, centre.x - x, centre.x + x);
+    paint(centre.y - k, centre.x - x, centre.x + x);
   });
 }
 

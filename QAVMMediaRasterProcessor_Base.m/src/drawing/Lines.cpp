@@ -1,5 +1,6 @@
 #include "drawing/Lines.h"
 
+#include "drawing/Brushes.h"
 #include "drawing/Canvas.h"
 #include "kernels/Fill.h"
 
@@ -98,14 +99,23 @@ void drawLine(const Canvas& canvas, Point from, Point to, std::uint32_t colour) 
               [colour](unsigned char* pixel) { std::memcpy(pixel, &colour, 4); });
 }
 
-void drawStampedLine(const Canvas& canvas, Point from, Point to, std::uint32_t colour,
-                     std::span<const BrushOffset> stamp) {
+void drawStampedLine(const Canvas& canvas, Point from, Point to, QAVMMIBrush brush, std::uint32_t colour) {
+  const std::span<const StampRow> stamp = stampOf(brush);
   if (stamp.empty() || canvas.height < 1) return;
   const Walk walk = walkBetween(from, to);
   const Range points = visiblePoints(canvas, walk, from, kBrushReach);
   if (points.empty()) return;
-  visitPoints(walk, points, pointAt(walk, from, points.first), straightStep(walk), walk.sign,
-              [&](Point position) { drawStamp(canvas, position, colour, stamp); });
+  const StampPainter paint(canvas, stamp, colour);
+  // The points of one row are stamped together.
+  Point start = pointAt(walk, from, points.first), end = start;
+  visitPoints(walk, points, start, straightStep(walk), walk.sign, [&](Point position) {
+    if (position.y != end.y) {
+      paint(start.y, std::min(start.x, end.x), std::max(start.x, end.x));
+      start = position;
+    }
+    end = position;
+  });
+  paint(start.y, std::min(start.x, end.x), std::max(start.x, end.x));
 }
 
 }  // namespace qav

@@ -1,9 +1,8 @@
 #pragma once
 
-#include "drawing/Brushes.h"
+#include <QAVMMIHelperRGBA.h>
 
 #include <cstdint>
-#include <span>
 
 namespace qav {
 
@@ -18,8 +17,7 @@ struct Point {
 /// visible pixels.
 void drawLine(const Canvas& canvas, Point from, Point to, std::uint32_t colour);
 
-/// A stamp at every point of that line.
-void drawStampedLine(const Canvas& canvas, Point from, Point to, std::uint32_t colour,
-                     std::span<const BrushOffset> stamp);
+/// Stamps a brush at every point of that line.
+void drawStampedLine(const Canvas& canvas, Point from, Point to, QAVMMIBrush brush, std::uint32_t colour);
 
 }  // namespace qav

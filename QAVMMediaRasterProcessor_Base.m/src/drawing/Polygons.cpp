@@ -16,8 +16,8 @@ namespace {
 struct Edge {
   double x = 0;
   double slope = 0;
-  std::int64_t first = 0;
-  std::int64_t last = 0;
+  std::int32_t first = 0;
+  std::int32_t last = 0;
 };
 
 template <class Visit>
@@ -43,20 +43,39 @@ double startOf(Point a, Point b, double slope) {
 Edge edgeBetween(Point a, Point b) {
   const double slope = static_cast<double>(b.x - a.x) / static_cast<double>(b.y - a.y);
   const std::int64_t first = std::max<std::int64_t>(std::min(a.y, b.y), 0);
-  return {startOf(a, b, slope), slope, first, std::max(std::max(a.y, b.y) - 1, first)};
+  const std::int64_t last = std::max(std::max(a.y, b.y) - 1, first);
+  return {startOf(a, b, slope), slope, static_cast<std::int32_t>(first), static_cast<std::int32_t>(last)};
 }
 
 bool isVisible(Point a, Point b, const Canvas& canvas) {
   return a.y != b.y && std::max(a.y, b.y) >= 0 && std::min(a.y, b.y) < canvas.height;
 }
 
-// Edges before `active` cross the current row, in no order; those from `next` on are still to come, first rows first.
+// Sorts what is nearly sorted, as edges are from row to row, and gives up on the rest in time.
+void sortByX(std::span<Edge> edges) {
+  std::size_t moves = 16 * edges.size();
+  for (std::size_t i = 1; i < edges.size(); ++i) {
+    if (edges[i - 1].x <= edges[i].x) continue;
+    const Edge edge = edges[i];
+    std::size_t place = i;
+    for (; place > 0 && edges[place - 1].x > edge.x; --place) edges[place] = edges[place - 1];
+    edges[place] = edge;
+    if (i - place < moves) {
+      moves -= i - place;
+      continue;
+    }
+    return std::sort(edges.begin(), edges.end(), [](const Edge& a, const Edge& b) { return a.x < b.x; });
+  }
+}
+
+// Edges before `active` cross the current row, from left to right; those from `next` on are still to come, first rows
+// first.
 struct EdgeList {
   std::span<Edge> edges;
   std::size_t active = 0;
   std::size_t next = 0;
 
-  void advanceTo(std::int64_t row) {
+  std::span<const Edge> advanceTo(std::int64_t row) {
     std::size_t kept = 0;
     for (std::size_t i = 0; i < active; ++i) {
       Edge edge = edges[i];
@@ -65,22 +84,21 @@ struct EdgeList {
     }
     for (; next < edges.size() && edges[next].first == row; ++next) edges[kept++] = edges[next];
     active = kept;
+    sortByX(edges.first(active));
+    return edges.first(active);
   }
 };
 
-// `crossings` has room for one crossing an edge.
-void fillBetween(const Canvas& canvas, std::span<Edge> edges, int* crossings, std::uint32_t colour) {
+void fillBetween(const Canvas& canvas, std::span<Edge> edges, std::uint32_t colour) {
   std::sort(edges.begin(), edges.end(), [](const Edge& a, const Edge& b) { return a.first < b.first; });
+  const SpanPainter paint(canvas, colour);
   EdgeList list{edges};
   std::int64_t row = edges.empty() ? canvas.height : edges.front().first;
   while (row < canvas.height) {
-    list.advanceTo(row);
-    const std::size_t count = list.active;
-    for (std::size_t i = 0; i < count; ++i) crossings[i] = intFrom(edges[i].x);
-    std::sort(crossings, crossings + count);
-    for (std::size_t i = 0; i + 1 < count; i += 2) drawSpan(canvas, row, crossings[i], crossings[i + 1], colour);
+    const std::span<const Edge> active = list.advanceTo(row);
+    for (std::size_t i = 0; i + 1 < active.size(); i += 2) paint(row, intFrom(active[i].x), intFrom(active[i + 1].x));
     ++row;
-    if (count == 0) row = list.next < edges.size() ? edges[list.next].first : canvas.height;
+    if (active.empty()) row = list.next < edges.size() ? edges[list.next].first : canvas.height;
   }
 }
 
@@ -93,13 +111,12 @@ void drawPolygons(const Canvas& canvas, std::span<const int> counts, const int* 
     total += static_cast<std::size_t>(count);
   }
   const std::unique_ptr<Edge[]> edges(new Edge[total]);
-  const std::unique_ptr<int[]> crossings(new int[total]);
   std::size_t used = 0;
   visitEdges(counts, points, [&](Point a, Point b) {
     drawLine(canvas, a, b, colour);
     if (isVisible(a, b, canvas)) edges[used++] = edgeBetween(a, b);
   });
-  fillBetween(canvas, {edges.get(), used}, crossings.get(), colour);
+  fillBetween(canvas, {edges.get(), used}, colour);
 }
 
 }  // namespace qav

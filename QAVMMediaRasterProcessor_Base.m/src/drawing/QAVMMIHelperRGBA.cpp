@@ -51,7 +51,9 @@ unsigned int QAVMMIHelperRGBA::Pick(int x, int y) {
   return colour;
 }
 
-void QAVMMIHelperRGBA::HLine(int y, int x1, int x2, unsigned int colour) { qav::drawSpan(canvas(), y, x1, x2, colour); }
+void QAVMMIHelperRGBA::HLine(int y, int x1, int x2, unsigned int colour) {
+  qav::SpanPainter(canvas(), colour)(y, x1, x2);
+}
 
 void QAVMMIHelperRGBA::Line(int x1, int y1, int x2, int y2, unsigned int colour, QAVMMIBrush brush) {
   if (brush == QAVMMIBrushPixel)
@@ -61,16 +63,21 @@ void QAVMMIHelperRGBA::Line(int x1, int y1, int x2, int y2, unsigned int colour,
 }
 
 void QAVMMIHelperRGBA::LineBrush(int x1, int y1, int x2, int y2, unsigned int colour, QAVMMIBrush brush) {
-  qav::drawStampedLine(canvas(), {x1, y1}, {x2, y2}, colour, qav::stampOf(brush));
+  qav::drawStampedLine(canvas(), {x1, y1}, {x2, y2}, brush, colour);
 }
 
 void QAVMMIHelperRGBA::Brush(int x, int y, unsigned int colour, QAVMMIBrush brush) {
-  qav::drawStamp(canvas(), {x, y}, colour, qav::stampOf(brush));
+  qav::StampPainter(canvas(), qav::stampOf(brush), colour)(y, x, x);
 }
 
 void QAVMMIHelperRGBA::Rectangle(int x1, int y1, int x2, int y2, unsigned int colour, unsigned char filled) {
   const qav::Canvas target = canvas();
-  if (filled) return qav::fillRectangle(target, y1, y2, x1, x2, colour);
+  if (filled) {
+    const qav::Interval rows = target.height > 0 ? qav::clampedInterval(y1, y2, target.height) : qav::Interval();
+    const qav::SpanPainter paint(target, colour);
+    for (std::int64_t y = rows.first; !rows.empty() && y <= rows.last; ++y) paint(y, x1, x2);
+    return;
+  }
   qav::drawLine(target, {x1, y1}, {x2, y1}, colour);
   qav::drawLine(target, {x2, y1}, {x2, y2}, colour);
   qav::drawLine(target, {x2, y2}, {x1, y2}, colour);

@@ -24,24 +24,14 @@ void fillMaze() {
   cv::floodFill(mat, {2, 2}, cv::Scalar(~mat.at<int>(2, 2)), nullptr, cv::Scalar(0), cv::Scalar(0), 4);
 }
 
-// The weights stand ready in every channel.
-struct BlendSource {
-  cv::Mat pixels, weight, inverse;
-  BlendSource() : pixels(kHeight, kWidth, CV_8UC4, const_cast<std::uint8_t*>(nextBlendSource())) {
-    cv::Mat alpha;
-    cv::extractChannel(pixels, alpha, 3);
-    cv::merge(std::vector<cv::Mat>(4, alpha), weight);
-    cv::bitwise_not(weight, inverse);
-  }
-};
-
 void blend() {
-  static const BlendSource sources[2];
-  static int turn = 0;
-  static cv::Mat target = canvas().clone(), kept, mixed;
-  const BlendSource& source = sources[turn ^= 1];
-  cv::multiply(target, source.weight, kept, 1 / 255.0);
-  cv::multiply(source.pixels, source.inverse, mixed, 1 / 255.0);
+  static cv::Mat target = canvas().clone(), alpha, weight, inverse, kept, mixed;
+  const cv::Mat source(kHeight, kWidth, CV_8UC4, const_cast<std::uint8_t*>(nextBlendSource()));
+  cv::extractChannel(source, alpha, 3);
+  cv::merge(std::vector<cv::Mat>(4, alpha), weight);
+  cv::bitwise_not(weight, inverse);
+  cv::multiply(target, weight, kept, 1 / 255.0);
+  cv::multiply(source, inverse, mixed, 1 / 255.0);
   cv::add(kept, mixed, target);
 }
 

@@ -8,46 +8,80 @@
 
 namespace {
 
-[[gnu::always_inline]] inline std::uint32_t pixelAt(const std::uint8_t* pixels, std::int32_t x) {
-  std::uint32_t pixel;
-  std::memcpy(&pixel, pixels + 4 * static_cast<std::ptrdiff_t>(x), 4);
-  return pixel;
-}
-
-[[gnu::always_inline]] inline void setPixel(std::uint8_t* pixels, std::int32_t x, std::uint32_t colour) {
-  std::memcpy(pixels + 4 * static_cast<std::ptrdiff_t>(x), &colour, 4);
-}
-
 void fillSpan(std::uint8_t* pixels, std::size_t count, std::uint32_t colour) {
-  std::size_t i = 0;
+  constexpr std::size_t lanes = kLanes<U32>;
   const U32 wide = splat<U32>(colour);
-  if (count >= kLanes<U32>) {
-    for (; i + kLanes<U32> <= count; i += kLanes<U32>) store(pixels + 4 * i, wide);
-    store(pixels + 4 * (count - kLanes<U32>), wide);
-    return;
+  if (count >= lanes) {
+    std::uint8_t* const last = pixels + 4 * (count - lanes);
+    for (; pixels < last; pixels += 4 * lanes) store(pixels, wide);
+    return store(last, wide);
   }
-  for (; i < count; ++i) std::memcpy(pixels + 4 * i, &colour, 4);
+#if QAV_KERNEL_LEVEL >= 2
+  _mm512_mask_storeu_epi32(pixels, static_cast<__mmask16>((1u << count) - 1), (__m512i)wide);
+#else
+  for (std::size_t i = 0; i < count; ++i) std::memcpy(pixels + 4 * i, &colour, 4);
+#endif
 }
 
-// Pixels of one row, searched for a colour.
+// Pixels of one row, searched for a colour and recoloured. The first pixels of a run are taken one by one: runs are
+// mostly short, and a processor that guesses their ends is already at the next one when their pixels arrive. Vectors
+// take the middle of long runs.
 struct Row {
   std::uint8_t* pixels;
   std::uint32_t old;
   std::uint32_t colour;
 
+  static constexpr std::int32_t kShort = 24;
+  static constexpr auto kStep = static_cast<std::int32_t>(kLanes<U32>);
+
+  [[gnu::always_inline]] std::uint8_t* at(std::int32_t x) const { return pixels + 4 * std::ptrdiff_t{x}; }
+  [[gnu::always_inline]] bool isOld(std::int32_t x) const {
+    std::uint32_t pixel;
+    std::memcpy(&pixel, at(x), 4);
+    return pixel == old;
+  }
+  // Four bits for each of the vector's pixels, set where it is old.
+  [[gnu::always_inline]] std::uint64_t oldBits(std::int32_t x) const {
+    return signBits((U8)(load<U32>(at(x)) == splat<U32>(old)));
+  }
+  [[gnu::always_inline]] bool allOld(std::int32_t x) const {
+    return oldBits(x) == ~std::uint64_t{0} >> (64 - kVectorBytes);
+  }
+  [[gnu::always_inline]] void recolour(std::int32_t x) const { std::memcpy(at(x), &colour, 4); }
+  [[gnu::always_inline]] void recolourVector(std::int32_t x) const { store(at(x), splat<U32>(colour)); }
+
   // Recolours the run of old pixels from x to the right, not beyond `end`. Returns the column after it.
   [[gnu::always_inline]] std::int32_t recolourRight(std::int32_t x, std::int32_t end) const {
-    for (; x < end && pixelAt(pixels, x) == old; ++x) setPixel(pixels, x, colour);
-    return x;
+    const std::int32_t limit = end - x > kShort ? x + kShort : end;
+    for (; x < limit && isOld(x); ++x) recolour(x);
+    return x < limit || limit == end ? x : recolourLongRight(x, end);
   }
   // The same from x to the left. Returns the column before the run.
   [[gnu::always_inline]] std::int32_t recolourLeft(std::int32_t x) const {
-    for (; x >= 0 && pixelAt(pixels, x) == old; --x) setPixel(pixels, x, colour);
-    return x;
+    const std::int32_t limit = x > kShort ? x - kShort : -1;
+    for (; x > limit && isOld(x); --x) recolour(x);
+    return x > limit || limit < 0 ? x : recolourLongLeft(x);
   }
   // The first column from x on that is old, or `end`.
   [[gnu::always_inline]] std::int32_t findOld(std::int32_t x, std::int32_t end) const {
-    while (x < end && pixelAt(pixels, x) != old) ++x;
+    const std::int32_t limit = end - x > kShort ? x + kShort : end;
+    while (x < limit && !isOld(x)) ++x;
+    return x < limit || limit >= end ? x : findOldFarther(x, end);
+  }
+
+  [[gnu::noinline]] std::int32_t recolourLongRight(std::int32_t x, std::int32_t end) const {
+    for (; end - x >= kStep && allOld(x); x += kStep) recolourVector(x);
+    for (; x < end && isOld(x); ++x) recolour(x);
+    return x;
+  }
+  [[gnu::noinline]] std::int32_t recolourLongLeft(std::int32_t x) const {
+    for (; x + 1 >= kStep && allOld(x + 1 - kStep); x -= kStep) recolourVector(x + 1 - kStep);
+    for (; x >= 0 && isOld(x); --x) recolour(x);
+    return x;
+  }
+  [[gnu::noinline]] std::int32_t findOldFarther(std::int32_t x, std::int32_t end) const {
+    while (end - x >= kStep && oldBits(x) == 0) x += kStep;
+    while (x < end && !isOld(x)) ++x;
     return x;
   }
 };
@@ -101,7 +135,8 @@ class SeedStack {
 void floodFill(std::uint8_t* pixels, std::int32_t width, std::int32_t height, std::int32_t x, std::int32_t y,
                std::uint32_t colour) {
   const std::ptrdiff_t stride = 4 * static_cast<std::ptrdiff_t>(width);
-  const std::uint32_t old = pixelAt(pixels + y * stride, x);
+  std::uint32_t old;
+  std::memcpy(&old, pixels + y * stride + 4 * std::ptrdiff_t{x}, 4);
   if (old == colour) return;
   SeedStack stack(height);
   stack.push(y, x, x, 1);
