@@ -9,6 +9,7 @@ const std::vector<Family>& catalogue() {
       pixelFormatFamily(),
       pointOperationFamily(),
       croppingFamily(),
+      drawingFamily(),
   };
   return families;
 }

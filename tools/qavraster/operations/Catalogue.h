@@ -74,6 +74,7 @@ struct Family {
 Family pixelFormatFamily();
 Family pointOperationFamily();
 Family croppingFamily();
+Family drawingFamily();
 
 /// Every family, in the order of `--list`.
 const std::vector<Family>& catalogue();
