@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <memory>
+#include <utility>
 
 namespace qav {
 namespace {
@@ -51,54 +52,56 @@ bool isVisible(Point a, Point b, const Canvas& canvas) {
   return a.y != b.y && std::max(a.y, b.y) >= 0 && std::min(a.y, b.y) < canvas.height;
 }
 
-// Sorts what is nearly sorted, as edges are from row to row, and gives up on the rest in time.
-void sortByX(std::span<Edge> edges) {
-  std::size_t moves = 16 * edges.size();
-  for (std::size_t i = 1; i < edges.size(); ++i) {
-    if (edges[i - 1].x <= edges[i].x) continue;
-    const Edge edge = edges[i];
-    std::size_t place = i;
-    for (; place > 0 && edges[place - 1].x > edge.x; --place) edges[place] = edges[place - 1];
-    edges[place] = edge;
-    if (i - place < moves) {
-      moves -= i - place;
-      continue;
-    }
-    return std::sort(edges.begin(), edges.end(), [](const Edge& a, const Edge& b) { return a.x < b.x; });
-  }
-}
-
 // Edges before `active` cross the current row, from left to right; those from `next` on are still to come, first rows
 // first.
-struct EdgeList {
-  std::span<Edge> edges;
-  std::size_t active = 0;
-  std::size_t next = 0;
+class EdgeList {
+ public:
+  explicit EdgeList(std::span<Edge> edges) : edges_(edges) {
+    std::sort(edges.begin(), edges.end(), [](const Edge& a, const Edge& b) { return a.first < b.first; });
+  }
 
   std::span<const Edge> advanceTo(std::int64_t row) {
-    std::size_t kept = 0;
-    for (std::size_t i = 0; i < active; ++i) {
-      Edge edge = edges[i];
+    moves_ = 16 * edges_.size();
+    const std::size_t old = std::exchange(active_, 0);
+    for (std::size_t i = 0; i < old; ++i) {
+      Edge edge = edges_[i];
       edge.x += edge.slope;
-      if (row <= edge.last) edges[kept++] = edge;
+      if (row <= edge.last) insert(edge);
     }
-    for (; next < edges.size() && edges[next].first == row; ++next) edges[kept++] = edges[next];
-    active = kept;
-    sortByX(edges.first(active));
-    return edges.first(active);
+    for (; next_ < edges_.size() && edges_[next_].first == row; ++next_) insert(Edge(edges_[next_]));
+    const std::span<Edge> active = edges_.first(active_);
+    if (moves_ == 0) std::sort(active.begin(), active.end(), [](const Edge& a, const Edge& b) { return a.x < b.x; });
+    return active;
   }
+
+  /// The first row from `row` on that an edge may cross, given the edges of the row before; `end` if there is none.
+  std::int64_t nextRow(std::int64_t row, std::int64_t end) const {
+    if (active_ > 0) return row;
+    return next_ < edges_.size() ? edges_[next_].first : end;
+  }
+
+ private:
+  // Edges hardly change places from row to row. Where they do, sorting them all at once is left for the end.
+  void insert(const Edge& edge) {
+    std::size_t place = active_++;
+    for (; moves_ > 0 && place > 0 && edges_[place - 1].x > edge.x; --place, --moves_)
+      edges_[place] = edges_[place - 1];
+    edges_[place] = edge;
+  }
+
+  std::span<Edge> edges_;
+  std::size_t active_ = 0;
+  std::size_t next_ = 0;
+  std::size_t moves_ = 0;
 };
 
 void fillBetween(const Canvas& canvas, std::span<Edge> edges, std::uint32_t colour) {
-  std::sort(edges.begin(), edges.end(), [](const Edge& a, const Edge& b) { return a.first < b.first; });
   const SpanPainter paint(canvas, colour);
-  EdgeList list{edges};
-  std::int64_t row = edges.empty() ? canvas.height : edges.front().first;
-  while (row < canvas.height) {
+  EdgeList list(edges);
+  for (std::int64_t row = list.nextRow(0, canvas.height); row < canvas.height;
+       row = list.nextRow(row + 1, canvas.height)) {
     const std::span<const Edge> active = list.advanceTo(row);
     for (std::size_t i = 0; i + 1 < active.size(); i += 2) paint(row, intFrom(active[i].x), intFrom(active[i + 1].x));
-    ++row;
-    if (active.empty()) row = list.next < edges.size() ? edges[list.next].first : canvas.height;
   }
 }
 

@@ -36,6 +36,18 @@ void blendPixel(std::uint8_t* target, const std::uint8_t* source) {
   return result;
 }
 
+// Each pixel's alpha, in both of its 16-bit lanes.
+[[gnu::always_inline]] inline U16 alphas(U32 pixels) {
+#if QAV_KERNEL_LEVEL >= 2
+  const __m512i order = _mm512_set4_epi32(static_cast<int>(0x800F800Fu), static_cast<int>(0x800B800Bu),
+                                          static_cast<int>(0x80078007u), static_cast<int>(0x80038003u));
+  return (U16)_mm512_shuffle_epi8((__m512i)pixels, order);
+#else
+  const U32 alpha = pixels >> 24;
+  return (U16)(alpha | alpha << 16);
+#endif
+}
+
 // Every other channel of a vector of pixels, as 16-bit lanes: red and blue, or green and alpha.
 struct Channels {
   U16 source;
@@ -54,6 +66,7 @@ struct Channels {
   const U16 fraction = splat<U16>(127);
 #if QAV_KERNEL_LEVEL >= 2
   const __mmask32 suspects = _mm512_cmple_epu16_mask((__m512i)distance, _mm512_set1_epi16(165 - 129));
+  if (suspects == 0) return false;
   const auto wholeBelow = [&](__mmask32 lanes, Channels c, U16 mixed) {
     const __mmask32 below = _mm512_mask_cmplt_epu16_mask(lanes, (__m512i)c.target, (__m512i)c.source);
     return _mm512_mask_testn_epi16_mask(below, (__m512i)mixed, (__m512i)fraction);
@@ -72,8 +85,7 @@ struct Channels {
 [[gnu::always_inline]] inline U32 blendVector(U32 target, U32 source) {
   const U16 byte = splat<U16>(255);
   const Channels even = {(U16)source & byte, (U16)target & byte}, odd = {(U16)source >> 8, (U16)target >> 8};
-  const U32 alpha = source >> 24;
-  const U16 weight = (U16)(alpha | alpha << 16);
+  const U16 weight = alphas(source);
   const U16 evenMixed = even.mixed(weight), oddMixed = odd.mixed(weight);
   if (__builtin_expect(mayFallShort(even, evenMixed, odd, oddMixed, weight), 0)) return blendInFloat(target, source);
   return (U32)(evenMixed >> 7) | ((U32)(oddMixed << 1) & splat<U32>(0xFF00)) | (target & splat<U32>(0xFF000000u));
