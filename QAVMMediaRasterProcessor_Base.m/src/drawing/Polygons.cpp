@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <limits>
 #include <memory>
 #include <utility>
 
@@ -61,17 +62,8 @@ class EdgeList {
   }
 
   std::span<const Edge> advanceTo(std::int64_t row) {
-    moves_ = 16 * edges_.size();
-    const std::size_t old = std::exchange(active_, 0);
-    for (std::size_t i = 0; i < old; ++i) {
-      Edge edge = edges_[i];
-      edge.x += edge.slope;
-      if (row <= edge.last) insert(edge);
-    }
-    for (; next_ < edges_.size() && edges_[next_].first == row; ++next_) insert(Edge(edges_[next_]));
-    const std::span<Edge> active = edges_.first(active_);
-    if (moves_ == 0) std::sort(active.begin(), active.end(), [](const Edge& a, const Edge& b) { return a.x < b.x; });
-    return active;
+    if (!step(row) || (next_ < edges_.size() && edges_[next_].first == row)) rebuild(row);
+    return edges_.first(active_);
   }
 
   /// The first row from `row` on that an edge may cross, given the edges of the row before; `end` if there is none.
@@ -81,6 +73,28 @@ class EdgeList {
   }
 
  private:
+  // Takes the active edges to the next row. True when each still crosses it and they are in order.
+  bool step(std::int64_t row) {
+    bool settled = true;
+    double previous = -std::numeric_limits<double>::infinity();
+    for (Edge& edge : edges_.first(active_)) {
+      edge.x += edge.slope;
+      settled = settled & (row <= edge.last) & (previous <= edge.x);
+      previous = edge.x;
+    }
+    return settled;
+  }
+
+  void rebuild(std::int64_t row) {
+    moves_ = 16 * edges_.size();
+    const std::size_t old = std::exchange(active_, 0);
+    for (std::size_t i = 0; i < old; ++i)
+      if (row <= edges_[i].last) insert(Edge(edges_[i]));
+    for (; next_ < edges_.size() && edges_[next_].first == row; ++next_) insert(Edge(edges_[next_]));
+    const std::span<Edge> active = edges_.first(active_);
+    if (moves_ == 0) std::sort(active.begin(), active.end(), [](const Edge& a, const Edge& b) { return a.x < b.x; });
+  }
+
   // Edges hardly change places from row to row. Where they do, sorting them all at once is left for the end.
   void insert(const Edge& edge) {
     std::size_t place = active_++;

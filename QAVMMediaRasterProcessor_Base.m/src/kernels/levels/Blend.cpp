@@ -24,7 +24,7 @@ void blendPixel(std::uint8_t* target, const std::uint8_t* source) {
 #if QAV_KERNEL_LEVEL >= 1
 
 // A vector of pixels by the formula itself.
-[[gnu::noinline]] U32 blendInFloat(U32 target, U32 source) {
+[[gnu::always_inline]] inline U32 blendInFloat(U32 target, U32 source) {
   const F32 weight = toFloat((I32)(source >> 24)) / splat<F32>(255.0f);
   U32 result = target & splat<U32>(0xFF000000u);
 #pragma GCC unroll 3
@@ -48,47 +48,32 @@ void blendPixel(std::uint8_t* target, const std::uint8_t* source) {
 #endif
 }
 
-// Every other channel of a vector of pixels, as 16-bit lanes: red and blue, or green and alpha.
-struct Channels {
-  U16 source;
-  U16 target;
+// 128 times the quotient of (s * (255 - a) + t * a) / 255, and a fraction below it.
+[[gnu::always_inline]] inline U16 mixed(U16 source, U16 target, U16 weight) {
+  return mulhi(source * (weight ^ splat<U16>(255)) + target * weight, splat<U16>(0x8081));
+}
 
-  // 128 times the quotient of (s * (255 - a) + t * a) / 255, and something in the low 7 bits unless that is whole.
-  [[gnu::always_inline]] U16 mixed(U16 weight) const {
-    return mulhi(source * (weight ^ splat<U16>(255)) + target * weight, splat<U16>(0x8081));
-  }
-};
+// The same in integers, for weights of which isExact is true.
+[[gnu::always_inline]] inline U32 blendInIntegers(U32 target, U32 source, U16 weight) {
+  const U16 byte = splat<U16>(255);
+  const U16 redAndBlue = mixed((U16)source & byte, (U16)target & byte, weight) >> 7;
+  const U16 green = mixed((U16)source >> 8, (U16)target >> 8, weight) << 1;
+  return (U32)redAndBlue | ((U32)green & splat<U32>(0xFF00)) | (target & splat<U32>(0xFF000000u));
+}
 
-// Single precision falls short of a whole quotient, and gives one less, for some weights from 129 to 165 and targets
-// below the source. Tells whether that may happen.
-[[gnu::always_inline]] inline bool mayFallShort(Channels even, U16 evenMixed, Channels odd, U16 oddMixed, U16 weight) {
+// With some weights from 129 to 165 single precision falls short of a whole quotient and gives one less.
+[[gnu::always_inline]] inline bool isExact(U16 weight) {
   const U16 distance = weight - splat<U16>(129);
-  const U16 fraction = splat<U16>(127);
 #if QAV_KERNEL_LEVEL >= 2
-  const __mmask32 suspects = _mm512_cmple_epu16_mask((__m512i)distance, _mm512_set1_epi16(165 - 129));
-  if (suspects == 0) return false;
-  const auto wholeBelow = [&](__mmask32 lanes, Channels c, U16 mixed) {
-    const __mmask32 below = _mm512_mask_cmplt_epu16_mask(lanes, (__m512i)c.target, (__m512i)c.source);
-    return _mm512_mask_testn_epi16_mask(below, (__m512i)mixed, (__m512i)fraction);
-  };
-  return (wholeBelow(suspects, even, evenMixed) | wholeBelow(suspects & 0x55555555u, odd, oddMixed)) != 0;
+  return _mm512_cmple_epu16_mask((__m512i)distance, _mm512_set1_epi16(165 - 129)) == 0;
 #else
-  const auto wholeBelow = [&](Channels c, U16 mixed) {
-    return (U16)((mixed & fraction) == 0) & (U16)((I16)c.source > (I16)c.target);
-  };
-  const U16 green = (U16)splat<U32>(0xFFFF);
-  const U16 found = wholeBelow(even, evenMixed) | (wholeBelow(odd, oddMixed) & green);
-  return !_mm256_testz_si256((__m256i)(min(distance, splat<U16>(165 - 129)) == distance), (__m256i)found);
+  return signBits((U8)(min(distance, splat<U16>(165 - 129)) == distance)) == 0;
 #endif
 }
 
 [[gnu::always_inline]] inline U32 blendVector(U32 target, U32 source) {
-  const U16 byte = splat<U16>(255);
-  const Channels even = {(U16)source & byte, (U16)target & byte}, odd = {(U16)source >> 8, (U16)target >> 8};
   const U16 weight = alphas(source);
-  const U16 evenMixed = even.mixed(weight), oddMixed = odd.mixed(weight);
-  if (__builtin_expect(mayFallShort(even, evenMixed, odd, oddMixed, weight), 0)) return blendInFloat(target, source);
-  return (U32)(evenMixed >> 7) | ((U32)(oddMixed << 1) & splat<U32>(0xFF00)) | (target & splat<U32>(0xFF000000u));
+  return isExact(weight) ? blendInIntegers(target, source, weight) : blendInFloat(target, source);
 }
 
 #endif
