@@ -30,6 +30,7 @@ struct Row {
   std::uint8_t* pixels;
   std::uint32_t old;
   std::uint32_t colour;
+  std::ptrdiff_t ahead;  // bytes to the pixels that are fetched early
 
   static constexpr std::int32_t kShort = 24;
   static constexpr auto kStep = static_cast<std::int32_t>(kLanes<U32>);
@@ -48,6 +49,10 @@ struct Row {
     return oldBits(x) == ~std::uint64_t{0} >> (64 - kVectorBytes);
   }
   [[gnu::always_inline]] void recolour(std::int32_t x) const { std::memcpy(at(x), &colour, 4); }
+  // A region mostly goes on in the direction in which it was entered. The address may lie outside the picture.
+  [[gnu::always_inline]] void fetchAhead(std::int32_t x) const {
+    __builtin_prefetch(reinterpret_cast<const void*>(reinterpret_cast<std::intptr_t>(at(x)) + ahead), 1);
+  }
   [[gnu::always_inline]] void recolourVector(std::int32_t x) const { store(at(x), splat<U32>(colour)); }
 
   // Recolours the run of old pixels from x to the right, not beyond `end`. Returns the column after it.
@@ -117,6 +122,7 @@ class SeedStack {
   const auto recolourRun = [&](std::int32_t left, std::int32_t from) {
     const std::int32_t end = row.recolourRight(from, width);
     stack.push(y, left, end - 1, seed.direction);
+    row.fetchAhead(left);
     if (end > seed.right + 1) stack.push(y, seed.right + 1, end - 1, -seed.direction);
     return end;
   };
@@ -143,7 +149,8 @@ void floodFill(std::uint8_t* pixels, std::int32_t width, std::int32_t height, st
   stack.push(y + 1, x, x, -1);
   while (!stack.empty()) {
     const Seed seed = stack.pop();
-    visitNeighbours({pixels + (seed.row + seed.direction) * stride, old, colour}, seed, width, stack);
+    const Row row = {pixels + (seed.row + seed.direction) * stride, old, colour, 12 * seed.direction * stride};
+    visitNeighbours(row, seed, width, stack);
   }
 }
 
