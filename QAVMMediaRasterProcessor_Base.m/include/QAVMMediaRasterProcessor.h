@@ -4,6 +4,7 @@
 /// Every public header of the library and, through them, of the platform.
 
 #include <CCITT_G4.h>
+#include <IMGLegacy.h>
 #include <QAV5X5ColorMatrix.h>
 #include <QAVBaseUnknown.h>
 #include <QAVBlockRasterFile.h>
@@ -11,6 +12,7 @@
 #include <QAVMMGenericFilter.h>
 #include <QAVMMIColorRamp.h>
 #include <QAVMMICropping.h>
+#include <QAVMMIHelperRGBA.h>
 #include <QAVMMIResize.h>
 #include <QAVMMResamplingKernels.h>
 #include <QAVMMResizeEngine.h>

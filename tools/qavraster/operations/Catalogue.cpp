@@ -12,6 +12,7 @@ const std::vector<Family>& catalogue() {
       resamplingFamily(),
       colourFamily(),
       ditheringFamily(),
+      drawingFamily(),
   };
   return families;
 }

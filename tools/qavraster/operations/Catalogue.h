@@ -77,6 +77,7 @@ Family croppingFamily();
 Family resamplingFamily();
 Family colourFamily();
 Family ditheringFamily();
+Family drawingFamily();
 
 /// Every family, in the order of `--list`.
 const std::vector<Family>& catalogue();

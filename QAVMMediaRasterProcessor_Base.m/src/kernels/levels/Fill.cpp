@@ -1,0 +1,162 @@
+#include "kernels/Fill.h"
+
+#include <type_traits>
+
+#include "RegionBegin.h"
+
+#include "Vector.h"
+
+namespace {
+
+void fillSpan(std::uint8_t* pixels, std::size_t count, std::uint32_t colour) {
+  constexpr std::size_t lanes = kLanes<U32>;
+  const U32 wide = splat<U32>(colour);
+  if (count >= lanes) {
+    std::uint8_t* const last = pixels + 4 * (count - lanes);
+    for (; pixels < last; pixels += 4 * lanes) store(pixels, wide);
+    return store(last, wide);
+  }
+#if QAV_KERNEL_LEVEL >= 2
+  _mm512_mask_storeu_epi32(pixels, static_cast<__mmask16>((1u << count) - 1), (__m512i)wide);
+#else
+  for (std::size_t i = 0; i < count; ++i) std::memcpy(pixels + 4 * i, &colour, 4);
+#endif
+}
+
+// Pixels of one row, searched for a colour and recoloured. The first pixels of a run are taken one by one: runs are
+// mostly short, and a processor that guesses their ends is already at the next one when their pixels arrive. Vectors
+// take the middle of long runs.
+struct Row {
+  std::uint8_t* pixels;
+  std::uint32_t old;
+  std::uint32_t colour;
+  std::ptrdiff_t ahead;  // bytes to the pixels that are fetched early
+
+  static constexpr std::int32_t kShort = 24;
+  static constexpr auto kStep = static_cast<std::int32_t>(kLanes<U32>);
+
+  [[gnu::always_inline]] std::uint8_t* at(std::int32_t x) const { return pixels + 4 * std::ptrdiff_t{x}; }
+  [[gnu::always_inline]] bool isOld(std::int32_t x) const {
+    std::uint32_t pixel;
+    std::memcpy(&pixel, at(x), 4);
+    return pixel == old;
+  }
+  // Four bits for each of the vector's pixels, set where it is old.
+  [[gnu::always_inline]] std::uint64_t oldBits(std::int32_t x) const {
+    return signBits((U8)(load<U32>(at(x)) == splat<U32>(old)));
+  }
+  [[gnu::always_inline]] bool allOld(std::int32_t x) const {
+    return oldBits(x) == ~std::uint64_t{0} >> (64 - kVectorBytes);
+  }
+  [[gnu::always_inline]] void recolour(std::int32_t x) const { std::memcpy(at(x), &colour, 4); }
+  // A region mostly goes on in the direction in which it was entered. The address may lie outside the picture.
+  [[gnu::always_inline]] void fetchAhead(std::int32_t x) const {
+    __builtin_prefetch(reinterpret_cast<const void*>(reinterpret_cast<std::intptr_t>(at(x)) + ahead), 1);
+  }
+  [[gnu::always_inline]] void recolourVector(std::int32_t x) const { store(at(x), splat<U32>(colour)); }
+
+  // Recolours the run of old pixels from x to the right, not beyond `end`. Returns the column after it.
+  [[gnu::always_inline]] std::int32_t recolourRight(std::int32_t x, std::int32_t end) const {
+    const std::int32_t limit = end - x > kShort ? x + kShort : end;
+    for (; x < limit && isOld(x); ++x) recolour(x);
+    return x < limit || limit == end ? x : recolourLongRight(x, end);
+  }
+  // The same from x to the left. Returns the column before the run.
+  [[gnu::always_inline]] std::int32_t recolourLeft(std::int32_t x) const {
+    const std::int32_t limit = x > kShort ? x - kShort : -1;
+    for (; x > limit && isOld(x); --x) recolour(x);
+    return x > limit || limit < 0 ? x : recolourLongLeft(x);
+  }
+  // The first column from x on that is old, or `end`.
+  [[gnu::always_inline]] std::int32_t findOld(std::int32_t x, std::int32_t end) const {
+    const std::int32_t limit = end - x > kShort ? x + kShort : end;
+    while (x < limit && !isOld(x)) ++x;
+    return x < limit || limit >= end ? x : findOldFarther(x, end);
+  }
+
+  [[gnu::noinline]] std::int32_t recolourLongRight(std::int32_t x, std::int32_t end) const {
+    for (; end - x >= kStep && allOld(x); x += kStep) recolourVector(x);
+    for (; x < end && isOld(x); ++x) recolour(x);
+    return x;
+  }
+  [[gnu::noinline]] std::int32_t recolourLongLeft(std::int32_t x) const {
+    for (; x + 1 >= kStep && allOld(x + 1 - kStep); x -= kStep) recolourVector(x + 1 - kStep);
+    for (; x >= 0 && isOld(x); --x) recolour(x);
+    return x;
+  }
+  [[gnu::noinline]] std::int32_t findOldFarther(std::int32_t x, std::int32_t end) const {
+    while (end - x >= kStep && oldBits(x) == 0) x += kStep;
+    while (x < end && !isOld(x)) ++x;
+    return x;
+  }
+};
+
+// A run of recoloured pixels whose neighbours in the row below (direction 1) or above (-1) are to be visited.
+struct Seed {
+  std::int32_t row, left, right, direction;
+};
+
+class SeedStack {
+ public:
+  explicit SeedStack(std::int32_t height) : height_(height) {}
+  [[gnu::always_inline]] void push(std::int32_t row, std::int32_t left, std::int32_t right, std::int32_t direction) {
+    if (count_ < kCapacity && row + direction >= 0 && row + direction < height_)
+      seeds_[count_++] = {row, left, right, direction};
+  }
+  bool empty() const { return count_ == 0; }
+  Seed pop() { return seeds_[--count_]; }
+
+ private:
+  // A fixed size, and what does not fit is dropped: callers' pictures depend on both.
+  static constexpr std::size_t kCapacity = 10000;
+  std::int32_t height_;
+  std::size_t count_ = 0;
+  Seed seeds_[kCapacity];
+};
+
+// Visits the pixels that adjoin one run: each old run among them is recoloured and becomes a seed in the same
+// direction, and what sticks out on either side one in the other direction.
+[[gnu::always_inline]] inline void visitNeighbours(const Row& row, const Seed& seed, std::int32_t width,
+                                                   SeedStack& stack) {
+  const std::int32_t y = seed.row + seed.direction;
+  const auto recolourRun = [&](std::int32_t left, std::int32_t from) {
+    const std::int32_t end = row.recolourRight(from, width);
+    stack.push(y, left, end - 1, seed.direction);
+    row.fetchAhead(left);
+    if (end > seed.right + 1) stack.push(y, seed.right + 1, end - 1, -seed.direction);
+    return end;
+  };
+  std::int32_t x = row.recolourLeft(seed.left);
+  if (x < seed.left) {
+    const std::int32_t left = x + 1;
+    if (left < seed.left) stack.push(y, left, seed.left - 1, -seed.direction);
+    x = recolourRun(left, seed.left + 1);
+  }
+  while (x < seed.right) {
+    x = row.findOld(x + 1, seed.right + 1);
+    if (x <= seed.right) x = recolourRun(x, x);
+  }
+}
+
+void floodFill(std::uint8_t* pixels, std::int32_t width, std::int32_t height, std::int32_t x, std::int32_t y,
+               std::uint32_t colour) {
+  const std::ptrdiff_t stride = 4 * static_cast<std::ptrdiff_t>(width);
+  std::uint32_t old;
+  std::memcpy(&old, pixels + y * stride + 4 * std::ptrdiff_t{x}, 4);
+  if (old == colour) return;
+  SeedStack stack(height);
+  stack.push(y, x, x, 1);
+  stack.push(y + 1, x, x, -1);
+  while (!stack.empty()) {
+    const Seed seed = stack.pop();
+    const Row row = {pixels + (seed.row + seed.direction) * stride, old, colour, 12 * seed.direction * stride};
+    visitNeighbours(row, seed, width, stack);
+  }
+}
+
+}  // namespace
+
+extern const FillKernels fill;
+const FillKernels fill = {&fillSpan, &floodFill};
+
+#include "RegionEnd.h"

@@ -1,0 +1,162 @@
+#include "drawing/Drawing.h"
+
+#include <gtest/gtest.h>
+
+#include <functional>
+
+namespace qav::test {
+namespace {
+
+struct Primitive {
+  const char* name;
+  // Draws the same with both, all arguments random, and says what it drew.
+  std::function<std::vector<int>(Drawing&, std::uint32_t, std::mt19937&)> draw;
+};
+
+std::vector<int> coordinates(std::size_t count, std::mt19937& random) {
+  std::vector<int> all(count);
+  for (int& c : all) c = randomCoordinate(random);
+  // Every now and then a coordinate repeats: horizontal, vertical, empty.
+  if (count >= 4 && random() % 4 == 0) all[2 + random() % 2] = all[random() % 2];
+  return all;
+}
+
+int smallRadius(std::mt19937& random) { return static_cast<int>(random() % 70) - 4; }
+
+const Primitive kPrimitives[] = {
+    {"HLine",
+     [](Drawing& d, std::uint32_t colour, std::mt19937& random) {
+       const auto c = coordinates(3, random);
+       d.helper.HLine(c[0], c[1], c[2], colour);
+       d.plain.hline(c[0], c[1], c[2], colour);
+       return c;
+     }},
+    {"Line",
+     [](Drawing& d, std::uint32_t colour, std::mt19937& random) {
+       const auto c = coordinates(4, random);
+       d.helper.Line(c[0], c[1], c[2], c[3], colour, QAVMMIBrushPixel);
+       d.plain.line(c[0], c[1], c[2], c[3], colour, 0);
+       return c;
+     }},
+    {"Line with a brush",
+     [](Drawing& d, std::uint32_t colour, std::mt19937& random) {
+       auto c = coordinates(4, random);
+       c.push_back(static_cast<int>(random() % 15) - 1);
+       d.helper.Line(c[0], c[1], c[2], c[3], colour, static_cast<QAVMMIBrush>(c[4]));
+       d.plain.line(c[0], c[1], c[2], c[3], colour, c[4]);
+       return c;
+     }},
+    {"Brush and Plot",
+     [](Drawing& d, std::uint32_t colour, std::mt19937& random) {
+       auto c = coordinates(2, random);
+       c.push_back(static_cast<int>(random() % 15) - 1);
+       d.helper.Brush(c[0], c[1], colour, static_cast<QAVMMIBrush>(c[2]));
+       d.plain.stamp(c[0], c[1], colour, c[2]);
+       d.helper.Plot(c[1], c[0], ~colour);
+       d.plain.plot(c[1], c[0], ~colour);
+       return c;
+     }},
+    {"Rectangle",
+     [](Drawing& d, std::uint32_t colour, std::mt19937& random) {
+       auto c = coordinates(4, random);
+       c.push_back(static_cast<int>(random() % 2));
+       if (random() % 2)
+         d.helper.Rectangle(c[0], c[1], c[2], c[3], colour, static_cast<unsigned char>(c[4]));
+       else
+         d.helper.Draw({0, c[0] + (c[0] < 0 ? -.9 : .9), c[1] * 1.0, c[2] * 1.0, c[3] * 1.0, colour,
+                        static_cast<unsigned char>(2 * c[4])});
+       d.plain.rectangle(c[0], c[1], c[2], c[3], colour, c[4] != 0);
+       return c;
+     }},
+    {"Ellipse",
+     [](Drawing& d, std::uint32_t colour, std::mt19937& random) {
+       auto c = coordinates(2, random);
+       c.push_back(random() % 8 == 0 ? static_cast<int>(random() % 3000) : smallRadius(random));
+       c.push_back(random() % 8 == 0 ? static_cast<int>(random() % 3000) : smallRadius(random));
+       c.push_back(static_cast<int>(random() % 2));
+       d.helper.Ellipse(c[0], c[1], c[2], c[3], colour, static_cast<unsigned char>(c[4]));
+       d.plain.ellipse(c[0], c[1], c[2], c[3], colour, c[4] != 0);
+       return c;
+     }},
+};
+
+TEST(Primitives, DrawThePixelsOfTheirDefinitionsWhateverTheCoordinates) {
+  std::mt19937 random(11);
+  atEveryLevel([&] {
+    for (int round = 0; round < 60; ++round) {
+      Drawing drawing(1 + static_cast<int>(random() % 70), 1 + static_cast<int>(random() % 50), random() % 5, 7);
+      for (int i = 0; i < 90; ++i) {
+        const Primitive& primitive = kPrimitives[static_cast<std::size_t>(i) % std::size(kPrimitives)];
+        const auto arguments = primitive.draw(drawing, static_cast<std::uint32_t>(random()), random);
+        ASSERT_TRUE(drawing.agrees()) << primitive.name << ::testing::PrintToString(arguments);
+      }
+    }
+  });
+}
+
+// Every small radius, and pairs that take the walk beyond 32 and beyond 64 bits.
+TEST(Ellipse, FollowsTheWalkForEveryRadius) {
+  std::vector<std::pair<int, int>> radii = {
+      {1024, 1024},  {1500, 3},      {3, 1500},      {5000000, 30},          {2000000, 400000}, {1048577, 20},
+      {20, 1048577}, {0, INT32_MIN}, {INT32_MIN, 9}, {INT32_MIN, INT32_MIN}, {3000000, 0}};
+  for (int rx = -2; rx < 40; ++rx)
+    for (int ry = -2; ry < 40; ++ry) radii.emplace_back(rx, ry);
+  for (const auto& [rx, ry] : radii) {
+    for (const int filled : {0, 1}) {
+      Drawing drawing(90, 85, 0, 1);
+      const int cx = rx > 45 ? 45 - rx : 45;
+      drawing.helper.Ellipse(cx, 40, rx, ry, 2, static_cast<unsigned char>(filled));
+      drawing.plain.ellipse(cx, 40, rx, ry, 2, filled != 0);
+      ASSERT_TRUE(drawing.agrees()) << rx << " by " << ry << ", filled " << filled;
+    }
+  }
+}
+
+TEST(Ellipse, OfRadius1024IsRound) {
+  const Image image = makeImage(2100, 2100, RGBA8888);
+  QAVMMIHelperRGBA helper(*image);
+  helper.Circle(1050, 1050, 1024, 5, 0);
+  EXPECT_EQ(helper.Pick(1050, 26), 5u);
+  EXPECT_EQ(helper.Pick(1050, 2074), 5u);
+  EXPECT_EQ(helper.Pick(26, 1050), 5u);
+}
+
+TEST(Line, DrawsWhatIsVisibleOfAnEndlessOneAtOnce) {
+  Drawing drawing(100, 20, 0, 1);
+  for (int i = 0; i < 20000; ++i) drawing.helper.Line(-2000000000, 5, 2000000000, 7, 2, QAVMMIBrushPixel);
+  drawing.plain.line(-2000000000, 5, 2000000000, 7, 2, 0);
+  EXPECT_TRUE(drawing.agrees());
+  EXPECT_EQ(drawing.helper.Pick(0, 6), 2u);
+  drawing.helper.LineBrush(INT32_MIN, INT32_MIN, INT32_MAX, INT32_MAX, 3, QAVMMIBrushSpray12);
+  drawing.plain.line(INT32_MIN, INT32_MIN, INT32_MAX, INT32_MAX, 3, 12);
+  EXPECT_TRUE(drawing.agrees());
+}
+
+TEST(Primitives, SmallCasesKnownByHand) {
+  Drawing drawing(100, 10, 0, 0);
+  QAVMMIHelperRGBA& helper = drawing.helper;
+  const auto count = [&](std::uint32_t colour) {
+    int n = 0;
+    for (int y = 0; y < 10; ++y)
+      for (int x = 0; x < 100; ++x) n += helper.Pick(x, y) == colour;
+    return n;
+  };
+  helper.HLine(3, 5, 5, 1);
+  helper.Rectangle(0, 5, 9, 5, 1, 1);
+  helper.Brush(50, 5, 1, static_cast<QAVMMIBrush>(13));
+  EXPECT_EQ(count(1), 0);
+  helper.HLine(3, -10, 1000, 2);
+  EXPECT_EQ(count(2), 100);
+  helper.HLine(3, 7, 2, 3);
+  EXPECT_EQ(count(3), 6);
+  helper.Line(0, 0, 3, 1, 4, QAVMMIBrushPixel);
+  EXPECT_TRUE(helper.Pick(0, 0) == 4 && helper.Pick(1, 0) == 4 && helper.Pick(2, 1) == 4 && helper.Pick(3, 1) == 4);
+  helper.Line(50, 6, 50, 6, 5, QAVMMIBrushSquare5);
+  EXPECT_EQ(count(5), 25);
+  helper.Rectangle(0, 9, 9, 9, 6, 0);
+  EXPECT_EQ(count(6), 10);
+  EXPECT_EQ(helper.Pick(-1, 3) | helper.Pick(100, 3) | helper.Pick(0, -1) | helper.Pick(0, 10), 0u);
+}
+
+}  // namespace
+}  // namespace qav::test
