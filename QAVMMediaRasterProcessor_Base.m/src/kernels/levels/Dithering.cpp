@@ -160,7 +160,7 @@ struct Inside {
   }
   // Of a row's 16 pixels, those inside.
   unsigned bits(std::size_t row) const {
-    return 0xFFFFu << from[row % 2][row / 2] & ~(0xFFFFu << to[row % 2][row / 2]);
+    return 0xFFFFu & (0xFFFFu << from[row % 2][row / 2]) & ~(0xFFFFu << to[row % 2][row / 2]);
   }
 };
 
