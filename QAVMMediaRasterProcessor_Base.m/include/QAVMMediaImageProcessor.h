@@ -120,8 +120,8 @@ class QAV_EXPORT QAVMMediaImageProcessor {
   /// @name Resampling
   /// @{
 
-  /// Null, whatever the arguments; `progress` is never called. Part of the interface for binary compatibility alone: use
-  /// QAVMMResizeEngine, QAVMMIResize, or the image's own CreateResizedCopy.
+  /// Null, whatever the arguments; `progress` is never called. Part of the interface for binary compatibility alone:
+  /// use QAVMMResizeEngine, QAVMMIResize, or the image's own CreateResizedCopy.
   static QAVPixelImage* CreateResampled(const QAVPixelImage& image, int width, int height, QAVMMIResampleType kind,
                                         void (*progress)(float));
   /// @}

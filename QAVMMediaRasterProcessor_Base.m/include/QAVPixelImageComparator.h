@@ -15,8 +15,8 @@
 ///   `delete[]`: 0.0 below the threshold, the difference, or exactly 1000.0 for an outlier.
 ///
 /// With `sigmas` other than 0, an entry further than `sigmas` deviations from the mean is an outlier; entries of 0.0
-/// are put to the same test. With no exceedance, count, percentage and mean are 0, the deviation is not-a-number (0 / 0)
-/// and so nothing is an outlier; the maximum of ImageLabCompare is 0.
+/// are put to the same test. With no exceedance, count, percentage and mean are 0, the deviation is not-a-number (0 /
+/// 0) and so nothing is an outlier; the maximum of ImageLabCompare is 0.
 ///
 /// The two image-level operations return 1, or 0 and leave every output as it was: for a null image, unequal sizes, a
 /// format that they do not compare, or a second image with fewer bytes a pixel than the first.

@@ -16,8 +16,8 @@ struct Base85Kernels {
   /// Writes the digits of the groups at `data` until one is zero (that has a short form) or all `groups` are done, and
   /// returns how many are done. Nothing outside their 5 characters each is written.
   std::size_t (*encodeGroups)(const std::uint8_t* data, std::size_t groups, char* text);
-  /// As encodeGroups for lines of kBase85LineGroups groups, each followed by `newLine`. Ends before a line with a zero group,
-  /// or somewhat earlier; the characters behind the lines done, up to all lines, may have changed.
+  /// As encodeGroups for lines of kBase85LineGroups groups, each followed by `newLine`. Ends before a line with a zero
+  /// group, or somewhat earlier; the characters behind the lines done, up to all lines, may have changed.
   std::size_t (*encodeLines)(const std::uint8_t* data, std::size_t lines, char newLine, char* text);
   /// The length of the run of digits at the start of text[0..count).
   std::size_t (*digitRun)(const std::uint8_t* text, std::size_t count);

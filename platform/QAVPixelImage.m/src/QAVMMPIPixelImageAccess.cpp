@@ -150,9 +150,7 @@ class RasterIterator final : public QAVMMPIPixelIterator {
   }
 
  private:
-  bool HasSpecOf(const QAVMMPIPixelColor& colour) const {
-    return QAVMMPIPixelColor(spec_, {}).HasSameSpecThan(colour);
-  }
+  bool HasSpecOf(const QAVMMPIPixelColor& colour) const { return QAVMMPIPixelColor(spec_, {}).HasSameSpecThan(colour); }
   int CountRow(const QAVMMPIPixelColor& colour, int count, int direction) const {
     if (IsEmpty() || count <= 0 || !HasSpecOf(colour)) return 0;
     const std::ptrdiff_t bytes = rows_.Layout().bytesPerPixel();

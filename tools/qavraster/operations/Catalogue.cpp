@@ -6,13 +6,8 @@ namespace qavraster {
 
 const std::vector<Family>& catalogue() {
   static const std::vector<Family> families = {
-      pixelFormatFamily(),
-      pointOperationFamily(),
-      croppingFamily(),
-      resamplingFamily(),
-      colourFamily(),
-      ditheringFamily(),
-      drawingFamily(),
+      pixelFormatFamily(), pointOperationFamily(), croppingFamily(), resamplingFamily(),
+      colourFamily(),      ditheringFamily(),      drawingFamily(),
   };
   return families;
 }
