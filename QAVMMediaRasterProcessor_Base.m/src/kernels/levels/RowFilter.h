@@ -2,10 +2,12 @@
 // of three rows do. Included inside the region, after Vector.h.
 //
 // A filter F has
-//   Lane               U8, or I16 for sums: then bytes are handled as two vectors, the even and the odd ones;
-//   kKept              how many partials it keeps;
-//   across(l, c, r, kept)          from a sample and its two neighbours;
-//   down(above, current, below)    the result. Sums are clamped to 0..255 afterwards unless kWithinByte.
+//   Lane         U8, or I16 for sums: then bytes are handled as two vectors, the even and the odd ones;
+//   kKept        how many partials it keeps;
+//   across(l, c, r, above, kept)                 combines a sample with its neighbours, given the one above it;
+//   down(above, current, below, centre, south)   makes the result from the partials of three rows, the sample itself
+//                                                and the one below it.
+// Sums are clamped to 0..255 afterwards unless kWithinByte.
 
 namespace {
 
@@ -104,11 +106,12 @@ class Position {
   explicit Position(const RowShape& shape)
       : count_(static_cast<std::ptrdiff_t>(shape.count)),
         stride_(static_cast<std::ptrdiff_t>(shape.stride)),
+        lastInside_(count_ - stride_ - kStep),
         i(-static_cast<std::ptrdiff_t>(shape.lead)) {}
 
   bool inRow() const { return i < count_; }
   // True when the whole vector and its neighbours lie in the row.
-  bool inside() const { return i >= stride_ && i + kStep + stride_ <= count_; }
+  bool inside() const { return i >= stride_ && i <= lastInside_; }
   void next() { i += kStep; }
   LaneRange lanes() const { return clipped(-i, count_ - i); }
 
@@ -124,6 +127,7 @@ class Position {
   static constexpr auto kStep = static_cast<std::ptrdiff_t>(kVectorBytes);
   std::ptrdiff_t count_;
   std::ptrdiff_t stride_;
+  std::ptrdiff_t lastInside_;
 
  public:
   std::ptrdiff_t i;  // of the vector's first lane
@@ -135,13 +139,13 @@ struct Partials {
   static constexpr std::size_t kSize = kPartialBytes<F> * kVectorBytes;
   typename F::Lane kept[kCount];
 
-  [[gnu::always_inline]] static Partials of(const Taps& taps) {
+  [[gnu::always_inline]] static Partials of(const Taps& taps, U8 above) {
     Partials p;
     if constexpr (kBytes<F>) {
-      F::across(taps.l, taps.c, taps.r, p.kept);
+      F::across(taps.l, taps.c, taps.r, above, p.kept);
     } else {
-      F::across(evenBytes(taps.l), evenBytes(taps.c), evenBytes(taps.r), p.kept);
-      F::across(oddBytes(taps.l), oddBytes(taps.c), oddBytes(taps.r), p.kept + F::kKept);
+      F::across(evenBytes(taps.l), evenBytes(taps.c), evenBytes(taps.r), evenBytes(above), p.kept);
+      F::across(oddBytes(taps.l), oddBytes(taps.c), oddBytes(taps.r), oddBytes(above), p.kept + F::kKept);
     }
     return p;
   }
@@ -159,29 +163,32 @@ struct Partials {
 };
 
 template <class F>
-[[gnu::always_inline]] inline U8 result(const Partials<F>& a, const Partials<F>& c, const Partials<F>& b) {
+[[gnu::always_inline]] inline U8 result(const Partials<F>& a, const Partials<F>& c, const Partials<F>& b, U8 centre,
+                                        U8 south) {
   if constexpr (kBytes<F>) {
-    return F::down(a.kept, c.kept, b.kept);
+    return F::down(a.kept, c.kept, b.kept, centre, south);
   } else {
-    const I16 even = F::down(a.kept, c.kept, b.kept);
-    const I16 odd = F::down(a.kept + F::kKept, c.kept + F::kKept, b.kept + F::kKept);
+    const I16 even = F::down(a.kept, c.kept, b.kept, evenBytes(centre), evenBytes(south));
+    const I16 odd = F::down(a.kept + F::kKept, c.kept + F::kKept, b.kept + F::kKept, oddBytes(centre), oddBytes(south));
     return F::kWithinByte ? interleave(even, odd) : interleaveClamped(even, odd);
   }
 }
 
 template <class F>
 void prepare(const std::uint8_t* row, const RowShape& shape, std::uint8_t* partials) {
-  for (Position at(shape); at.inRow(); at.next(), partials += Partials<F>::kSize)
-    Partials<F>::of(at.inside() ? tapsAt(row + at.i, shape.stride) : at.edgeTaps(row)).write(partials);
+  for (Position at(shape); at.inRow(); at.next(), partials += Partials<F>::kSize) {
+    const Taps taps = at.inside() ? tapsAt(row + at.i, shape.stride) : at.edgeTaps(row);
+    Partials<F>::of(taps, taps.c).write(partials);
+  }
 }
 
 template <class F>
-[[gnu::always_inline]] inline U8 advanceVector(const Taps& taps, const std::uint8_t* above, const std::uint8_t* current,
-                                               std::uint8_t* below) {
+[[gnu::always_inline]] inline U8 advanceVector(const Taps& taps, U8 centre, const std::uint8_t* above,
+                                               const std::uint8_t* current, std::uint8_t* below) {
   const Partials<F> a = Partials<F>::read(above);
-  const Partials<F> b = Partials<F>::of(taps);
+  const Partials<F> b = Partials<F>::of(taps, centre);
   b.write(below);
-  return result<F>(a, Partials<F>::read(current), b);
+  return result<F>(a, Partials<F>::read(current), b, centre, taps.c);
 }
 
 template <class F>
@@ -190,10 +197,14 @@ void advance(const std::uint8_t* row, const RowShape& shape, const std::uint8_t*
   const std::size_t stride = shape.stride;
   std::size_t slot = 0;
   for (Position at(shape); at.inRow(); at.next(), slot += Partials<F>::kSize) {
-    for (; at.inside(); at.next(), slot += Partials<F>::kSize)
-      store(out + at.i, advanceVector<F>(tapsAt(row + at.i, stride), above + slot, current + slot, below + slot));
+    for (; at.inside(); at.next(), slot += Partials<F>::kSize) {
+      const U8 centre = inRegister(load<U8>(out + at.i));
+      const U8 v = advanceVector<F>(tapsAt(row + at.i, stride), centre, above + slot, current + slot, below + slot);
+      store(out + at.i, v);
+    }
     if (!at.inRow()) return;
-    const U8 v = advanceVector<F>(at.edgeTaps(row), above + slot, current + slot, below + slot);
+    const U8 centre = loadLanes(out + at.i, at.lanes(), U8{});
+    const U8 v = advanceVector<F>(at.edgeTaps(row), centre, above + slot, current + slot, below + slot);
     storeLanes(out + at.i, at.lanes(), v);
   }
 }
@@ -203,7 +214,8 @@ void finish(const RowShape& shape, const std::uint8_t* above, const std::uint8_t
   std::size_t slot = 0;
   for (Position at(shape); at.inRow(); at.next(), slot += Partials<F>::kSize) {
     const Partials<F> c = Partials<F>::read(current + slot);
-    storeLanes(out + at.i, at.lanes(), result<F>(Partials<F>::read(above + slot), c, c));
+    const U8 centre = loadLanes(out + at.i, at.lanes(), U8{});
+    storeLanes(out + at.i, at.lanes(), result<F>(Partials<F>::read(above + slot), c, c, centre, centre));
   }
 }
 
