@@ -28,9 +28,7 @@ cv::Mat kernel3x3(float corner, float edge, float centre) {
 }
 
 std::function<void()> blurring(int channels) {
-  return [=, out = cv::Mat()]() mutable {
-    cv::blur(sharedMat(channels), out, {3, 3}, {-1, -1}, cv::BORDER_REPLICATE);
-  };
+  return [=, out = cv::Mat()]() mutable { cv::blur(sharedMat(channels), out, {3, 3}, {-1, -1}, cv::BORDER_REPLICATE); };
 }
 
 std::function<void()> gaussian(int channels) {

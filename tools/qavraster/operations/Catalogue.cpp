@@ -13,6 +13,7 @@ const std::vector<Family>& catalogue() {
       colourFamily(),
       ditheringFamily(),
       drawingFamily(),
+      filterFamily(),
   };
   return families;
 }
