@@ -112,6 +112,8 @@ class Position {
   bool inRow() const { return i < count_; }
   // True when the whole vector and its neighbours lie in the row.
   bool inside() const { return i >= stride_ && i <= lastInside_; }
+  // True when the vector after this one lies wholly in the row.
+  bool nextInRow() const { return i <= count_ - 2 * kStep; }
   void next() { i += kStep; }
   LaneRange lanes() const { return clipped(-i, count_ - i); }
 
@@ -191,22 +193,75 @@ template <class F>
   return result<F>(a, Partials<F>::read(current), b, centre, taps.c);
 }
 
+// One row's way through a filter.
+template <class F>
+class Advance {
+ public:
+  Advance(const std::uint8_t* row, const RowShape& shape, const std::uint8_t* above, const std::uint8_t* current,
+          std::uint8_t* below, std::uint8_t* out)
+      : row_(row), above_(above), current_(current), below_(below), out_(out), stride_(shape.stride), at_(shape) {}
+
+  // Everything is inlined, so that the members live in registers: a byte that is stored might be one of theirs.
+  [[gnu::always_inline]] void run() {
+    if (at_.inRow() && !at_.inside()) edge();
+#if QAV_KERNEL_LEVEL >= 3
+    rolling();
+#endif
+    for (; at_.inside(); next()) whole(tapsAt(row_ + at_.i, stride_));
+    while (at_.inRow()) edge();
+  }
+
+ private:
+  [[gnu::always_inline]] void next() {
+    at_.next();
+    slot_ += Partials<F>::kSize;
+  }
+  [[gnu::always_inline]] U8 result(const Taps& taps, U8 centre) {
+    return advanceVector<F>(taps, centre, above_ + slot_, current_ + slot_, below_ + slot_);
+  }
+  [[gnu::always_inline]] void whole(const Taps& taps) {
+    store(out_ + at_.i, result(taps, inRegister(load<U8>(out_ + at_.i))));
+  }
+  [[gnu::always_inline]] void edge() {
+    const U8 centre = loadLanes(out_ + at_.i, at_.lanes(), U8{});
+    storeLanes(out_ + at_.i, at_.lanes(), result(at_.edgeTaps(row_), centre));
+    next();
+  }
+#if QAV_KERNEL_LEVEL >= 3
+  // Reads every vector once and takes the neighbours from it and the vectors beside it.
+  [[gnu::always_inline]] void rolling() {
+    if (!at_.inside() || !at_.nextInRow()) return;
+    U8 lane;
+    for (std::size_t i = 0; i < kVectorBytes; ++i) lane[i] = static_cast<std::uint8_t>(i);
+    const auto stride = static_cast<std::uint8_t>(stride_);
+    const __m512i leftwards = (__m512i)(lane + splat<U8>(static_cast<std::uint8_t>(kVectorBytes - stride)));
+    const __m512i rightwards = (__m512i)(lane + splat<U8>(stride));
+    // What comes before the row is the end of the row above.
+    U8 before = load<U8>(row_ + at_.i - kVectorBytes), here = load<U8>(row_ + at_.i);
+    for (; at_.nextInRow(); next()) {
+      const U8 after = load<U8>(row_ + at_.i + kVectorBytes);
+      whole({(U8)_mm512_permutex2var_epi8((__m512i)before, leftwards, (__m512i)here), here,
+             (U8)_mm512_permutex2var_epi8((__m512i)here, rightwards, (__m512i)after)});
+      before = here;
+      here = after;
+    }
+  }
+#endif
+
+  const std::uint8_t* row_;
+  const std::uint8_t* above_;
+  const std::uint8_t* current_;
+  std::uint8_t* below_;
+  std::uint8_t* out_;
+  std::size_t stride_;
+  std::size_t slot_ = 0;
+  Position at_;
+};
+
 template <class F>
 void advance(const std::uint8_t* row, const RowShape& shape, const std::uint8_t* above, const std::uint8_t* current,
              std::uint8_t* below, std::uint8_t* out) {
-  const std::size_t stride = shape.stride;
-  std::size_t slot = 0;
-  for (Position at(shape); at.inRow(); at.next(), slot += Partials<F>::kSize) {
-    for (; at.inside(); at.next(), slot += Partials<F>::kSize) {
-      const U8 centre = inRegister(load<U8>(out + at.i));
-      const U8 v = advanceVector<F>(tapsAt(row + at.i, stride), centre, above + slot, current + slot, below + slot);
-      store(out + at.i, v);
-    }
-    if (!at.inRow()) return;
-    const U8 centre = loadLanes(out + at.i, at.lanes(), U8{});
-    const U8 v = advanceVector<F>(at.edgeTaps(row), centre, above + slot, current + slot, below + slot);
-    storeLanes(out + at.i, at.lanes(), v);
-  }
+  Advance<F>(row, shape, above, current, below, out).run();
 }
 
 template <class F>
