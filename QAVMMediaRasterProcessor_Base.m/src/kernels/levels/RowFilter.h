@@ -205,7 +205,7 @@ class Advance {
   [[gnu::always_inline]] void run() {
     if (at_.inRow() && !at_.inside()) edge();
 #if QAV_KERNEL_LEVEL >= 3
-    rolling();
+    if constexpr (kBytes<F>) rolling();
 #endif
     for (; at_.inside(); next()) whole(tapsAt(row_ + at_.i, stride_));
     while (at_.inRow()) edge();
@@ -228,7 +228,8 @@ class Advance {
     next();
   }
 #if QAV_KERNEL_LEVEL >= 3
-  // Reads every vector once and takes the neighbours from it and the vectors beside it.
+  // Reads every vector once and takes the neighbours from it and the vectors beside it. Filters with sums are no
+  // faster that way: they permute bytes enough as it is.
   [[gnu::always_inline]] void rolling() {
     if (!at_.inside() || !at_.nextInRow()) return;
     U8 lane;
