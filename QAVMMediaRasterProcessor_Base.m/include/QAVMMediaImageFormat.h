@@ -55,34 +55,35 @@ enum QAVMMIMaskType : std::int32_t {
   QAVMMIMaskAlpha = 1,      ///< a non-zero alpha keeps the source's alpha, a zero removes it
 };
 
-/// The filters of QAVMMediaImageProcessor::Filter. 17 and 18 are not assigned.
+/// The filters of QAVMMediaImageProcessor::Filter. Kernels are given as corners, edges, centre, or row by row; T, M, B
+/// are the rows above, of and below the pixel. 17 and 18 are not assigned.
 enum QAVMMIFilterType : std::int32_t {
-  QAVMMIFilterSmoothBox = 0,
-  QAVMMIFilterSmoothLight = 1,
-  QAVMMIFilterSmoothGauss = 2,
-  QAVMMIFilterSmoothCentre = 3,
-  QAVMMIFilterSharpenLight = 4,
-  QAVMMIFilterSharpenMedium = 5,
-  QAVMMIFilterSharpen = 6,
-  QAVMMIFilterSharpenCross = 7,
-  QAVMMIFilterGauss = 8,
-  QAVMMIFilterSharpenStrong = 9,
-  QAVMMIFilterSobel = 10,
-  QAVMMIFilterPrewitt = 11,
-  QAVMMIFilterIsotropic = 12,
-  QAVMMIFilterPrewittCompass = 13,
-  QAVMMIFilterKirsch = 14,
-  QAVMMIFilterRoberts = 15,
-  QAVMMIFilterLaplace = 16,
-  QAVMMIFilterSobelHorizontal = 19,
-  QAVMMIFilterSobelVertical = 20,
-  QAVMMIFilterPrewittHorizontal = 21,
-  QAVMMIFilterPrewittVertical = 22,
-  QAVMMIFilterMedian = 23,
-  QAVMMIFilterMinimum = 24,
-  QAVMMIFilterMaximum = 25,
-  QAVMMIFilterOpening = 26,
-  QAVMMIFilterClosing = 27,
+  QAVMMIFilterSmoothBox = 0,         ///< 1/9 all over
+  QAVMMIFilterSmoothLight = 1,       ///< 0.1, 0.1, 0.2
+  QAVMMIFilterSmoothGauss = 2,       ///< 1/16, 1/8, 1/4
+  QAVMMIFilterSmoothCentre = 3,      ///< 1/16, 1/16, 1/2
+  QAVMMIFilterSharpenLight = 4,      ///< 0, -1/16, 5/4
+  QAVMMIFilterSharpenMedium = 5,     ///< 0, -1/6, 5/3; its weights sum to a little less than 1: a uniform v gives v - 1
+  QAVMMIFilterSharpen = 6,           ///< 0, -1, 5
+  QAVMMIFilterSharpenCross = 7,      ///< 1, -2, 5
+  QAVMMIFilterGauss = 8,             ///< as 2
+  QAVMMIFilterSharpenStrong = 9,     ///< -1, -1, 9
+  QAVMMIFilterSobel = 10,            ///< magnitude with the weights 1 2 1
+  QAVMMIFilterPrewitt = 11,          ///< magnitude with the weights 1 1 1
+  QAVMMIFilterIsotropic = 12,        ///< magnitude with the weights 1, sqrt(2), 1, in single precision
+  QAVMMIFilterPrewittCompass = 13,   ///< |N + E| + |N - E|, N = 1 1 1, 1 -2 1, -1 -1 -1, E its quarter turn
+  QAVMMIFilterKirsch = 14,           ///< magnitudes of 3 3 3, 3 0 3, -5 -5 -5 and -5 3 3, -5 0 3, -5 3 3
+  QAVMMIFilterRoberts = 15,          ///< |M right - B| + |M - B right|
+  QAVMMIFilterLaplace = 16,          ///< 1/sqrt(2), 1, -(4 + 4/sqrt(2))
+  QAVMMIFilterSobelHorizontal = 19,  ///< 1 2 1, 0 0 0, -1 -2 -1: bright above dark
+  QAVMMIFilterSobelVertical = 20,    ///< -1 0 1, -2 0 2, -1 0 1: dark before bright
+  QAVMMIFilterPrewittHorizontal = 21,  ///< 1 1 1, 0 0 0, -1 -1 -1: bright above dark
+  QAVMMIFilterPrewittVertical = 22,    ///< 1 0 -1, three times: bright before dark
+  QAVMMIFilterMedian = 23,             ///< fifth of nine
+  QAVMMIFilterMinimum = 24,            ///< least of nine
+  QAVMMIFilterMaximum = 25,            ///< greatest of nine
+  QAVMMIFilterOpening = 26,            ///< minimum, then maximum
+  QAVMMIFilterClosing = 27,            ///< maximum, then minimum
 };
 
 /// The methods of QAVMMediaImageProcessor::Dither; any other value is refused.

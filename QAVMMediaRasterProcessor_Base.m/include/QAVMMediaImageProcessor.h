@@ -75,30 +75,66 @@ class QAV_EXPORT QAVMMediaImageProcessor {
   /// @}
 
   /// @name Convolution with kernels of the caller's
+  ///
+  /// Pixels are four bytes, red, green, blue and alpha, all treated alike; kernels are kernelSize x kernelSize weights,
+  /// row by row from the top left. A result is the sum of weight x sample over the taps that lie inside the image,
+  /// divided by the sum of all weights, so beyond the edges all is transparent black: a smoothing kernel makes borders
+  /// darker and more transparent. Sums are taken in single precision, tap by tap in the kernel's order. The quotient is
+  /// truncated and clamped to 0..255, not-a-number gives 0: where the weights sum to 0, a positive sum gives 255 and
+  /// any other 0.
+  /// @code
+  /// const float sharpen[] = {0, -1, 0, -1, 5, -1, 0, -1, 0};
+  /// QAVMMediaImageProcessor::LinearConvolveMatrix(image, 3, sharpen);
+  /// @endcode
   /// @{
 
-  /// Channels of the pixel at (row, column) as floats; zeros when it lies at or behind the end of the buffer, or
-  /// `pixels` is null.
+  /// Channels of the pixel at (row, column) as floats. Only row * width + column decides which one that is: zeros when
+  /// it is not within width * height pixels, or when `pixels` is null. Always S_OK.
   static HRESULT GetPixelRGBA(int row, int column, int width, int height, unsigned char* pixels, float& red,
                               float& green, float& blue, float& alpha);
-  /// One pixel of a convolution: from `source` into `destination`, both RGBA buffers of width x height pixels.
+  /// One pixel of a convolution: from `source` into `destination`, both RGBA buffers of width x height pixels. Nothing
+  /// is written, and S_OK returned, when row * width + column is not within them or `destination` is null. E_FAIL for a
+  /// null `source` or `kernel`. An even kernelSize is read as the next odd one.
   static HRESULT ApplyKernelRGBA(int row, int column, int width, int height, int kernelSize, const float* kernel,
                                  unsigned char* source, unsigned char* destination);
-  /// Convolves an RGBA buffer in place.
+  /// Convolves an RGBA buffer in place. E_FAIL for null `pixels` or, with sizes of 1 and more, a null `kernel`; with a
+  /// size below 1 it does nothing and returns S_OK. An even kernelSize is read as the next odd one.
   static HRESULT LinearConvolveMatrixRGBA(unsigned char* pixels, int width, int height, int kernelSize,
                                           const float* kernel);
-  /// Convolves an `RGBA8888` image in place with kernelSize x kernelSize weights, row by row, kernelSize odd.
+  /// Convolves an `RGBA8888` image in place. E_FAIL for an even kernelSize, an empty image or a null `kernel`. Images
+  /// of format `L8`, `LA88` and `RGB888` stay as they are, with S_OK; other formats are refused with E_FAIL.
   static HRESULT LinearConvolveMatrix(QAVPixelImage& image, int kernelSize, const float* kernel);
   /// @}
 
   /// @name Filters and dithering
   /// @{
 
+  /// Runs a filter of the catalogue (QAVMMIFilterType) on the image in place. Edge pixels are repeated outward; each
+  /// channel is filtered alone, alpha too, except by the median of colours.
+  ///
+  /// - 0 to 9: `L8`, `LA88`, `RGB888` or `RGBA8888`, `passes` times. Each result is the exact sum of the nine products
+  ///   with the single-precision weights, truncated and clamped to 0..255.
+  /// - 10 to 16 and 19 to 22 convert the image to `L8` first, and it stays so whatever follows. 16 and 19 to 22 run
+  ///   `passes` times as 0 to 9 do, with negative sums as 0; 10 to 15 run once: the sum of two absolute responses, at
+  ///   most 255.
+  /// - 23 (median): `L8` or `RGB888`, once. Of colours, the one whose 2220 R + 7067 G + 459 B is the fifth of nine.
+  /// - 24 to 27 (morphology): `L8`, once.
+  ///
+  /// E_FAIL for `passes` below 1 whatever the type, for another format (E_NOTIMPL by the median), for an empty image
+  /// and for one that cannot be changed; E_NOTIMPL for an unknown type.
+  ///
+  /// `progress` is called with 0 first, then after each row with a value that grows by 1 / height, then with 1. With
+  /// several passes it grows by passes / height in every row of every pass, and so beyond 1. Opening and closing report
+  /// two such ramps. The last argument has no effect.
   static HRESULT Filter(QAVPixelImage& image, QAVMMIFilterType type, int passes, void (*progress)(float),
                         unsigned char flag);
+  /// Filters a copy. Null for formats `BitonalRuns` and 5 and when Filter fails.
   static QAVPixelImage* CreateFiltered(const QAVPixelImage& image, QAVMMIFilterType type, int passes,
                                        void (*progress)(float));
+  /// Softens the image by one pass of a smoothing filter: level 0 box, 1 light, 2 Gauss, 3 centre, any other Gauss.
+  /// Results, refusals and progress are those of Filter; `flag` has no effect.
   static HRESULT Antialiase(QAVPixelImage& image, int level, void (*progress)(float), unsigned char flag);
+  /// Softens a copy. Null for formats `BitonalRuns` and 5 and when Antialiase fails.
   static QAVPixelImage* CreateAntialiased(const QAVPixelImage& image, int level, void (*progress)(float));
   /// Sets the level of QAVMMIDitherThreshold, 127 at first, for the whole process: the low 8 bits of `threshold`.
   static void SetDitherThreshold(int threshold);

@@ -1,6 +1,7 @@
 #include <QAVMMediaImageProcessor.h>
 
 #include "filters/FilterReference.h"
+#include "support/GuardedBytes.h"
 #include "support/Levels.h"
 
 namespace qav::test {
@@ -84,6 +85,28 @@ TEST(Filter, EveryTypeGivesItsDefinitionAndReportsEveryRow) {
         const Image image = randomImage(width, height, format, random, texture);
         for (int type = 0; type < 28; ++type)
           if (expectedStatus(type, format) == S_OK) compareOn(*image, type, 1 + static_cast<int>(random() % 3));
+      }
+    }
+  });
+}
+
+// Vectors are aligned to the caller's memory, and the first and last of a row reach beyond it.
+TEST(Filter, StaysInsideBuffersOfAnyAlignment) {
+  std::mt19937 random(9);
+  atEveryLevel([&] {
+    for (std::size_t misalignment = 0; misalignment < 70; misalignment += 1 + misalignment % 5) {
+      for (const auto& [width, format] : {std::pair(64, L8), {128, L8}, {192, RGB888}, {16, RGBA8888}, {37, LA88}}) {
+        const Image plain = randomImage(width, 4, format, random);
+        GuardedBytes buffer(byteCount(*plain), misalignment);
+        for (int type : {0, 5, 7, 10, 16, 23, 24}) {
+          if (expectedStatus(type, format) != S_OK || (turnsGrey(type) && format != L8)) continue;
+          const auto source = bytesOf(*plain);
+          std::copy(source.begin(), source.end(), buffer.data());
+          const Image adopted(new QAVPixelImage(width, 4, format, buffer.data(), QAVDeallocatePixelsByCaller));
+          ASSERT_EQ(Processor::Filter(*adopted, filterType(type), 1, nullptr, 1), S_OK);
+          ASSERT_EQ(buffer.bytes(), expectedOf(*plain, type, 1).bytes) << type << ", " << width << ", " << misalignment;
+          ASSERT_TRUE(buffer.guardsIntact());
+        }
       }
     }
   });

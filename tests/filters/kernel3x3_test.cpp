@@ -32,11 +32,12 @@ class Windows {
   std::ptrdiff_t firstWrong(const RowFilter& filter) const {
     const std::size_t count = rows_[0].size();
     const kernels::RowShape shape(nullptr, count, 1);
-    std::vector<std::uint8_t> partials[3], out(count);
+    std::vector<std::uint8_t> partials[3], top = rows_[0], out = rows_[1];
     for (auto& p : partials) p.resize(filter.partialBytes(shape));
-    filter.prepare(rows_[0].data(), shape, partials[0].data());
-    filter.prepare(rows_[1].data(), shape, partials[1].data());
-    filter.advance(rows_[2].data(), shape, partials[0].data(), partials[1].data(), partials[2].data(), out.data());
+    const auto at = [&](int i) { return partials[i].data(); };
+    filter.prepare(rows_[0].data(), shape, at(0));
+    filter.advance(rows_[1].data(), shape, at(0), at(0), at(1), top.data());
+    filter.advance(rows_[2].data(), shape, at(0), at(1), at(2), out.data());
     for (std::size_t i = 0; i < expected_.size(); ++i)
       if (out[3 * i + 1] != expected_[i]) return static_cast<std::ptrdiff_t>(i);
     return -1;

@@ -62,6 +62,18 @@ TEST(QavRaster, AppliesOperationsInTheOrderWritten) {
          canvas->PasteImage(0, 7, inner.get(), 0);
          i = *canvas;
        }},
+      {"--passes 2 --filter sharpen --antialias 3 --passes 1 --filter gauss",
+       [](QAVPixelImage& i) {
+         Processor::Filter(i, QAVMMIFilterSharpen, 2, nullptr, 1);
+         Processor::Antialiase(i, 3, nullptr, 1);
+         Processor::Filter(i, QAVMMIFilterSmoothGauss, 1, nullptr, 1);
+       }},
+      {"--convolve 3 0,-1,0,-1,5,.5,0,-1,0 --filter kirsch",
+       [](QAVPixelImage& i) {
+         const float weights[] = {0, -1, 0, -1, 5, 0.5f, 0, -1, 0};
+         Processor::LinearConvolveMatrix(i, 3, weights);
+         Processor::Filter(i, QAVMMIFilterKirsch, 1, nullptr, 1);
+       }},
       {"--convert L8 --negative",
        [](QAVPixelImage& i) {
          i.ConvertToFormat(L8);
@@ -128,6 +140,11 @@ TEST(QavRaster, NamesWhatIsWrong) {
       {"info", 2, "FILE"},
       {"CARD --channels l --negative -o OUT", 1, "--negative.*640 x 480 RGBA8888"},
       {"CARD --convert RGBFloat --negative -o OUT", 1, "--negative.*RGBFloat"},
+      {"CARD --filter blur -o OUT", 2, "--filter.*'blur'.*box"},
+      {"CARD --filter minimum -o OUT", 1, "--filter minimum.*RGBA8888"},
+      {"CARD --convolve 3 1,2 -o OUT", 1, "--convolve.*2 weights.*9"},
+      {"CARD --convolve 1 x -o OUT", 1, "--convolve.*'x'"},
+      {"CARD --convert L8 --convolve 1 1 -o OUT", 1, "--convolve.*RGBA8888"},
       {"no/such/file.png -o OUT", 1, "'no/such/file.png'.*No such file"},
       {"/ -o OUT", 1, "'/'.*folder"},
       {"CARD -o no/such/folder/out.png", 1, "'no/such/folder/out.png'.*No such file"},

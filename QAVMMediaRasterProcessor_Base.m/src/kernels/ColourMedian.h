@@ -11,7 +11,7 @@ struct ColourRow {
   std::uint32_t* keys;    ///< (2220 R + 7067 G + 459 B) * 256 + R
   std::uint32_t* pixels;  ///< R + 256 G + 65536 B
 
-  static constexpr std::size_t entries(std::size_t pixelCount) { return pixelCount + 2 + 16; }
+  static constexpr std::size_t entries(std::size_t pixelCount) { return pixelCount + 2 + 32; }
 };
 
 /// The colour that stands fifth when the nine of a neighbourhood, gathered row by row, are sorted by their key

@@ -23,18 +23,18 @@ struct RowShape {
 /// A 3x3 filter of bytes that works its way down an image in place.
 ///
 /// Every row is first combined across: each sample with its neighbours to the left and right, where the first and last
-/// pixel are repeated outward. What the filter keeps of that, its partials, is all that it needs of a row, so the row
-/// itself may be overwritten: a result comes from the partials of three rows. Partials are kept in whole vectors, at
-/// aligned addresses; partialBytes() says how much room a row's need.
+/// pixel are repeated outward. What the filter keeps of that, its partials, is all that it needs of a row once its
+/// result is made, so the row itself is overwritten: a result comes from the partials of three rows. Partials are kept
+/// in whole vectors, at aligned addresses; partialBytes() says how much room a row's need.
 struct RowFilter {
   std::size_t bytesPerSample;  ///< of partials
-  /// Combines `row` across.
+  /// Combines the first row across.
   void (*prepare)(const std::uint8_t* row, const RowShape& shape, std::uint8_t* partials);
-  /// Combines the row below across into `partialsBelow` and writes the row of results in the same pass.
+  /// Combines the row below across into `partialsBelow` and in the same pass replaces the row at `out` by its result.
   /// `partialsBelow` may be the memory of `above`.
   void (*advance)(const std::uint8_t* rowBelow, const RowShape& shape, const std::uint8_t* above,
                   const std::uint8_t* current, std::uint8_t* partialsBelow, std::uint8_t* out);
-  /// Writes the last row of results, to which the row itself stands below.
+  /// Replaces the last row by its result; the row itself stands below it.
   void (*finish)(const RowShape& shape, const std::uint8_t* above, const std::uint8_t* current, std::uint8_t* out);
 
   std::size_t partialBytes(const RowShape& shape) const {

@@ -8,6 +8,14 @@ const std::vector<Family>& catalogue() {
   static const std::vector<Family> families = {
       pixelFormatFamily(), pointOperationFamily(), croppingFamily(), resamplingFamily(),
       colourFamily(),      ditheringFamily(),      drawingFamily(),
+      pixelFormatFamily(),
+      pointOperationFamily(),
+      croppingFamily(),
+      resamplingFamily(),
+      colourFamily(),
+      ditheringFamily(),
+      drawingFamily(),
+      filterFamily(),
   };
   return families;
 }

@@ -78,6 +78,7 @@ Family resamplingFamily();
 Family colourFamily();
 Family ditheringFamily();
 Family drawingFamily();
+Family filterFamily();
 
 /// Every family, in the order of `--list`.
 const std::vector<Family>& catalogue();

@@ -8,11 +8,46 @@
 
 namespace {
 
+inline constexpr std::size_t kPixels = kLanes<U32>;
+
+// Reads up to a vector of RGB pixels into lanes of red, green, blue and 0.
+[[gnu::always_inline]] inline U32 loadPixels(const std::uint8_t* rgb, std::size_t count) {
+#if QAV_KERNEL_LEVEL >= 2
+  const __mmask64 bytes = (std::uint64_t{1} << (count < 16 ? 3 * count : 48)) - 1;
+  const __m512i packed = _mm512_maskz_loadu_epi8(bytes, rgb);
+  const __m512i groups = _mm512_setr_epi32(0, 1, 2, 0, 3, 4, 5, 0, 6, 7, 8, 0, 9, 10, 11, 0);
+  const __m128i spread = _mm_setr_epi8(0, 1, 2, -1, 3, 4, 5, -1, 6, 7, 8, -1, 9, 10, 11, -1);
+  return (U32)_mm512_shuffle_epi8(_mm512_permutexvar_epi32(groups, packed), _mm512_broadcast_i32x4(spread));
+#else
+  std::uint32_t pixels[kPixels] = {};
+  for (std::size_t i = 0; i < kPixels && i < count; ++i)
+    pixels[i] =
+        rgb[3 * i] | static_cast<std::uint32_t>(rgb[3 * i + 1]) << 8 | static_cast<std::uint32_t>(rgb[3 * i + 2]) << 16;
+  return load<U32>(pixels);
+#endif
+}
+
+[[gnu::always_inline]] inline void storePixels(std::uint8_t* rgb, std::size_t count, U32 pixels) {
+#if QAV_KERNEL_LEVEL >= 2
+  const __mmask64 bytes = (std::uint64_t{1} << (count < 16 ? 3 * count : 48)) - 1;
+  const __m128i squeeze = _mm_setr_epi8(0, 1, 2, 4, 5, 6, 8, 9, 10, 12, 13, 14, -1, -1, -1, -1);
+  const __m512i groups = _mm512_setr_epi32(0, 1, 2, 4, 5, 6, 8, 9, 10, 12, 13, 14, 3, 7, 11, 15);
+  const __m512i squeezed = _mm512_shuffle_epi8((__m512i)pixels, _mm512_broadcast_i32x4(squeeze));
+  _mm512_mask_storeu_epi8(rgb, bytes, _mm512_permutexvar_epi32(groups, squeezed));
+#else
+  for (std::size_t i = 0; i < kPixels && i < count; ++i)
+    for (std::size_t k = 0; k < 3; ++k) rgb[3 * i + k] = static_cast<std::uint8_t>(pixels[i] >> (8 * k));
+#endif
+}
+
 void prepare(const std::uint8_t* rgb, std::size_t count, const ColourRow& row) {
-  for (std::size_t i = 0; i < count; ++i) {
-    const std::uint32_t r = rgb[3 * i], g = rgb[3 * i + 1], b = rgb[3 * i + 2];
-    row.pixels[i + 1] = r | g << 8 | b << 16;
-    row.keys[i + 1] = (2220 * r + 7067 * g + 459 * b) << 8 | r;
+  const I16 redAndBlue = (I16)splat<U32>(2220 | 459 << 16), green = (I16)splat<U32>(7067);
+  for (std::size_t i = 0; i < count; i += kPixels) {
+    const U32 pixels = loadPixels(rgb + 3 * i, count - i);
+    const U32 key = (U32)(multiplyAddPairs((I16)(pixels & splat<U32>(0xFF00FF)), redAndBlue) +
+                          multiplyAddPairs((I16)((pixels >> 8) & splat<U32>(0xFF)), green));
+    store(row.pixels + 1 + i, pixels);
+    store(row.keys + 1 + i, key << 8 | (pixels & splat<U32>(0xFF)));
   }
   row.pixels[0] = row.pixels[1];
   row.keys[0] = row.keys[1];
@@ -93,20 +128,17 @@ std::uint32_t medianBySorting(const ColourRow* const rows[3], std::size_t x) {
   return pixels[4];
 }
 
-void writePixel(std::uint8_t* rgb, std::uint32_t pixel) {
-  rgb[0] = static_cast<std::uint8_t>(pixel);
-  rgb[1] = static_cast<std::uint8_t>(pixel >> 8);
-  rgb[2] = static_cast<std::uint8_t>(pixel >> 16);
-}
-
 void median(const ColourRow* const rows[3], std::size_t count, std::uint8_t* rgb) {
-  for (std::size_t x = 0; x < count; x += kLanes<U32>) {
+  for (std::size_t x = 0; x < count; x += kPixels) {
     const Choice choice = chooseMedian(rows, x);
-    std::uint32_t pixels[kLanes<U32>];
-    std::memcpy(pixels, &choice.pixels, sizeof pixels);
-    const std::size_t lanes = count - x < kLanes<U32> ? count - x : kLanes<U32>;
-    for (std::size_t i = 0; i < lanes; ++i)
-      writePixel(rgb + 3 * (x + i), (choice.ambiguous >> i & 1u) ? medianBySorting(rows, x + i) : pixels[i]);
+    U32 pixels = choice.pixels;
+    std::uint32_t ambiguous = choice.ambiguous;
+    if (count - x < kPixels) ambiguous &= (1u << (count - x)) - 1;
+    for (; ambiguous != 0; ambiguous &= ambiguous - 1) {
+      const auto lane = static_cast<std::size_t>(__builtin_ctz(ambiguous));
+      pixels[lane] = medianBySorting(rows, x + lane);
+    }
+    storePixels(rgb + 3 * x, count - x, pixels);
   }
 }
 

@@ -149,23 +149,35 @@ template <class A, int taps, int results>
   return sums;
 }
 
-// The estimate is off by less than 3 parts in 2^24 from the rounded quotient, both below 256 where it matters; so it
-// truncates alike unless it lies within 2^-14 of a whole number above 0. True if any lane does.
-[[gnu::always_inline]] inline bool nearWholeNumber(F32 estimate) {
-  constexpr float margin = 1.0f / 16384;
-  const F32 above = max(estimate, splat<F32>(0.5f)) + splat<F32>(margin);
+[[gnu::always_inline]] inline F32 fraction(F32 v) {
 #if QAV_KERNEL_LEVEL >= 2
-  const __m512 fraction = _mm512_reduce_ps((__m512)above, _MM_FROUND_TO_NEG_INF | _MM_FROUND_NO_EXC);
-  return _mm512_cmplt_ps_mask(fraction, _mm512_set1_ps(2 * margin)) != 0;
+  return (F32)_mm512_reduce_ps((__m512)v, _MM_FROUND_TO_NEG_INF | _MM_FROUND_NO_EXC);
 #elif QAV_KERNEL_LEVEL == 1
-  const __m256 fraction = _mm256_sub_ps((__m256)above, _mm256_floor_ps((__m256)above));
-  return _mm256_movemask_ps(_mm256_cmp_ps(fraction, _mm256_set1_ps(2 * margin), _CMP_LT_OQ)) != 0;
+  return v - (F32)_mm256_floor_ps((__m256)v);
 #else
-  const F32 within = min(above, splat<F32>(256.0f));
-  const F32 fraction = within - toFloat(truncate(within));
-  std::int32_t any = 0;
-  for (std::size_t i = 0; i < kLanes<F32>; ++i) any |= fraction[i] < 2 * margin;
-  return any != 0;
+  return v - toFloat(truncate(v));
+#endif
+}
+
+// The part of an estimate that lies above the next lower whole number, after adding `margin`; not small outside 1..255.
+[[gnu::always_inline]] inline F32 partAbove(F32 estimate, float margin) {
+  return fraction(min(max(estimate, splat<F32>(0.5f)), splat<F32>(256.5f)) + splat<F32>(margin));
+}
+
+// The estimates are off by less than 3 parts in 2^24 from the rounded quotients, both below 256 where it matters; so
+// they truncate alike unless they lie within 2^-14 of a whole number above 0. True if any does.
+[[gnu::always_inline]] inline bool nearWholeNumber(const Block<F32>& v) {
+  constexpr float margin = 1.0f / 16384;
+  const F32 least =
+      min(min(partAbove(v.v0, margin), partAbove(v.v1, margin)), min(partAbove(v.v2, margin), partAbove(v.v3, margin)));
+#if QAV_KERNEL_LEVEL >= 2
+  return _mm512_cmplt_ps_mask((__m512)least, _mm512_set1_ps(2 * margin)) != 0;
+#elif QAV_KERNEL_LEVEL == 1
+  return _mm256_movemask_ps(_mm256_cmp_ps((__m256)least, _mm256_set1_ps(2 * margin), _CMP_LT_OQ)) != 0;
+#else
+  bool any = false;
+  for (std::size_t i = 0; i < kLanes<F32>; ++i) any = any || least[i] < 2 * margin;
+  return any;
 #endif
 }
 
@@ -203,7 +215,7 @@ template <class A, int taps, int results>
     const Block<F32> v = {(sums.v0 + bias) * reciprocal, (sums.v1 + bias) * reciprocal, (sums.v2 + bias) * reciprocal,
                           (sums.v3 + bias) * reciprocal};
     if (q.way == ConvolutionQuotient::Multiply) return v;
-    if (!(nearWholeNumber(v.v0) | nearWholeNumber(v.v1) | nearWholeNumber(v.v2) | nearWholeNumber(v.v3))) return v;
+    if (!nearWholeNumber(v)) return v;
   }
   const F32 divisor = splat<F32>(q.divisor);
   return {sums.v0 / divisor, sums.v1 / divisor, sums.v2 / divisor, sums.v3 / divisor};

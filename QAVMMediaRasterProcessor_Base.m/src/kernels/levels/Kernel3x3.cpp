@@ -10,20 +10,10 @@
 
 namespace {
 
-// A kernel whose rows above and below are alike: `p` is what they contribute, `q` what the middle row does.
-template <bool withinByte>
-struct Symmetric {
+template <int kept, bool withinByte>
+struct Kernel {
   using Lane = I16;
-  static constexpr int kKept = 2;
-  static constexpr bool kWithinByte = withinByte;
-  [[gnu::always_inline]] static I16 sum(const I16* a, const I16* c, const I16* b) { return a[0] + c[1] + b[0]; }
-};
-
-// A kernel that needs one partial of each row.
-template <bool withinByte>
-struct Single {
-  using Lane = I16;
-  static constexpr int kKept = 1;
+  static constexpr int kKept = kept;
   static constexpr bool kWithinByte = withinByte;
 };
 
@@ -31,91 +21,86 @@ struct Single {
   return (I16)mulhi((U16)sum, splat<U16>(factor));
 }
 
-struct Box : Single<true> {
-  [[gnu::always_inline]] static void across(I16 l, I16 c, I16 r, I16* kept) { kept[0] = l + c + r; }
-  [[gnu::always_inline]] static I16 down(const I16* a, const I16* c, const I16* b) {
-    return scaled(a[0] + c[0] + b[0], 7282);
+// Kernels that need the sum of all nine samples.
+template <bool withinByte>
+struct SumOfNine : Kernel<1, withinByte> {
+  [[gnu::always_inline]] static void across(I16 l, I16 c, I16 r, I16, I16* kept) { kept[0] = l + c + r; }
+  [[gnu::always_inline]] static I16 sum(const I16* a, const I16* c, const I16* b) { return a[0] + c[0] + b[0]; }
+};
+
+struct Box : SumOfNine<true> {
+  [[gnu::always_inline]] static I16 down(const I16* a, const I16* c, const I16* b, I16, I16) {
+    return scaled(sum(a, c, b), 7282);
   }
 };
 
-struct Light : Symmetric<true> {
-  [[gnu::always_inline]] static void across(I16 l, I16 c, I16 r, I16* kept) {
-    kept[0] = l + c + r;
-    kept[1] = kept[0] + c;
-  }
-  [[gnu::always_inline]] static I16 down(const I16* a, const I16* c, const I16* b) {
-    return scaled(sum(a, c, b), 6554);
+struct Light : SumOfNine<true> {
+  [[gnu::always_inline]] static I16 down(const I16* a, const I16* c, const I16* b, I16 centre, I16) {
+    return scaled(sum(a, c, b) + centre, 6554);
   }
 };
 
-struct Gauss : Single<true> {
-  [[gnu::always_inline]] static void across(I16 l, I16 c, I16 r, I16* kept) { kept[0] = l + r + c + c; }
-  [[gnu::always_inline]] static I16 down(const I16* a, const I16* c, const I16* b) {
+struct Centre : SumOfNine<true> {
+  [[gnu::always_inline]] static I16 down(const I16* a, const I16* c, const I16* b, I16 centre, I16) {
+    return (sum(a, c, b) - centre + (centre << 3)) >> 4;
+  }
+};
+
+struct SharpenStrong : SumOfNine<false> {
+  [[gnu::always_inline]] static I16 down(const I16* a, const I16* c, const I16* b, I16 centre, I16) {
+    return centre * 10 - sum(a, c, b);
+  }
+};
+
+struct Gauss : Kernel<1, true> {
+  [[gnu::always_inline]] static void across(I16 l, I16 c, I16 r, I16, I16* kept) { kept[0] = l + r + c + c; }
+  [[gnu::always_inline]] static I16 down(const I16* a, const I16* c, const I16* b, I16, I16) {
     return (a[0] + b[0] + c[0] + c[0]) >> 4;
   }
 };
 
-struct Centre : Symmetric<true> {
-  [[gnu::always_inline]] static void across(I16 l, I16 c, I16 r, I16* kept) {
-    kept[0] = l + c + r;
-    kept[1] = l + r + (c << 3);
-  }
-  [[gnu::always_inline]] static I16 down(const I16* a, const I16* c, const I16* b) { return sum(a, c, b) >> 4; }
+// Kernels without corners: of a row above nothing is needed but its own sample, which is added in at once.
+struct Edges : Kernel<1, false> {
+  [[gnu::always_inline]] static void across(I16 l, I16, I16 r, I16 above, I16* kept) { kept[0] = l + r + above; }
 };
 
-struct SharpenLight : Symmetric<false> {
-  [[gnu::always_inline]] static void across(I16 l, I16 c, I16 r, I16* kept) {
-    kept[0] = -c;
-    kept[1] = c * 20 - (l + r);
+struct SharpenLight : Edges {
+  [[gnu::always_inline]] static I16 down(const I16*, const I16* c, const I16*, I16 centre, I16 south) {
+    return (centre * 20 - c[0] - south) >> 4;
   }
-  [[gnu::always_inline]] static I16 down(const I16* a, const I16* c, const I16* b) { return sum(a, c, b) >> 4; }
 };
 
 // A sixth of 10 C - E; the weights sum to a little less than one, so a whole quotient falls to the next lower number.
-struct SharpenMedium : Symmetric<false> {
-  [[gnu::always_inline]] static void across(I16 l, I16 c, I16 r, I16* kept) {
-    kept[0] = -c;
-    kept[1] = c * 10 - 1 - (l + r);
-  }
-  [[gnu::always_inline]] static I16 down(const I16* a, const I16* c, const I16* b) {
-    return scaled(max(sum(a, c, b), I16{}), 10923);
+struct SharpenMedium : Edges {
+  [[gnu::always_inline]] static I16 down(const I16*, const I16* c, const I16*, I16 centre, I16 south) {
+    return scaled(max(centre * 10 - 1 - c[0] - south, I16{}), 10923);
   }
 };
 
-struct Sharpen : Symmetric<false> {
-  [[gnu::always_inline]] static void across(I16 l, I16 c, I16 r, I16* kept) {
-    kept[0] = -c;
-    kept[1] = c * 5 - (l + r);
+struct Sharpen : Edges {
+  [[gnu::always_inline]] static I16 down(const I16*, const I16* c, const I16*, I16 centre, I16 south) {
+    return centre * 5 - c[0] - south;
   }
-  [[gnu::always_inline]] static I16 down(const I16* a, const I16* c, const I16* b) { return sum(a, c, b); }
 };
 
-struct SharpenCross : Symmetric<false> {
-  [[gnu::always_inline]] static void across(I16 l, I16 c, I16 r, I16* kept) {
+// The rows above and below weigh 1 -2 1, the middle one -2 5 -2.
+struct SharpenCross : Kernel<2, false> {
+  [[gnu::always_inline]] static void across(I16 l, I16 c, I16 r, I16, I16* kept) {
     kept[0] = l + r - c - c;
     kept[1] = c - (kept[0] << 1);
   }
-  [[gnu::always_inline]] static I16 down(const I16* a, const I16* c, const I16* b) { return sum(a, c, b); }
-};
-
-struct SharpenStrong : Symmetric<false> {
-  [[gnu::always_inline]] static void across(I16 l, I16 c, I16 r, I16* kept) {
-    kept[0] = -(l + c + r);
-    kept[1] = c * 9 - (l + r);
+  [[gnu::always_inline]] static I16 down(const I16* a, const I16* c, const I16* b, I16, I16) {
+    return a[0] + c[1] + b[0];
   }
-  [[gnu::always_inline]] static I16 down(const I16* a, const I16* c, const I16* b) { return sum(a, c, b); }
 };
 
 // With Y the corners less 4 C, the sum is E - 4 C + 0.70710677 Y, less a little that the centre weight is too large by.
-struct Laplace {
-  using Lane = I16;
-  static constexpr int kKept = 2;
-  static constexpr bool kWithinByte = false;
-  [[gnu::always_inline]] static void across(I16 l, I16 c, I16 r, I16* kept) {
+struct Laplace : Kernel<2, false> {
+  [[gnu::always_inline]] static void across(I16 l, I16 c, I16 r, I16, I16* kept) {
     kept[0] = l + r;
     kept[1] = c;
   }
-  [[gnu::always_inline]] static I16 down(const I16* a, const I16* c, const I16* b) {
+  [[gnu::always_inline]] static I16 down(const I16* a, const I16* c, const I16* b, I16, I16) {
     const I16 four = c[1] << 2;
     const I16 y = a[0] + b[0] - four;
     const I16 below = (I16)(y == 0) & (I16)(c[1] > 0);
@@ -123,24 +108,28 @@ struct Laplace {
   }
 };
 
-struct SobelRows : Single<false> {
-  [[gnu::always_inline]] static void across(I16 l, I16 c, I16 r, I16* kept) { kept[0] = l + r + c + c; }
-  [[gnu::always_inline]] static I16 down(const I16* a, const I16*, const I16* b) { return a[0] - b[0]; }
+struct SobelRows : Kernel<1, false> {
+  [[gnu::always_inline]] static void across(I16 l, I16 c, I16 r, I16, I16* kept) { kept[0] = l + r + c + c; }
+  [[gnu::always_inline]] static I16 down(const I16* a, const I16*, const I16* b, I16, I16) { return a[0] - b[0]; }
 };
 
-struct SobelColumns : Single<false> {
-  [[gnu::always_inline]] static void across(I16 l, I16, I16 r, I16* kept) { kept[0] = r - l; }
-  [[gnu::always_inline]] static I16 down(const I16* a, const I16* c, const I16* b) { return a[0] + b[0] + c[0] + c[0]; }
+struct SobelColumns : Kernel<1, false> {
+  [[gnu::always_inline]] static void across(I16 l, I16, I16 r, I16, I16* kept) { kept[0] = r - l; }
+  [[gnu::always_inline]] static I16 down(const I16* a, const I16* c, const I16* b, I16, I16) {
+    return a[0] + b[0] + c[0] + c[0];
+  }
 };
 
-struct PrewittRows : Single<false> {
-  [[gnu::always_inline]] static void across(I16 l, I16 c, I16 r, I16* kept) { kept[0] = l + c + r; }
-  [[gnu::always_inline]] static I16 down(const I16* a, const I16*, const I16* b) { return a[0] - b[0]; }
+struct PrewittRows : Kernel<1, false> {
+  [[gnu::always_inline]] static void across(I16 l, I16 c, I16 r, I16, I16* kept) { kept[0] = l + c + r; }
+  [[gnu::always_inline]] static I16 down(const I16* a, const I16*, const I16* b, I16, I16) { return a[0] - b[0]; }
 };
 
-struct PrewittColumns : Single<false> {
-  [[gnu::always_inline]] static void across(I16 l, I16, I16 r, I16* kept) { kept[0] = l - r; }
-  [[gnu::always_inline]] static I16 down(const I16* a, const I16* c, const I16* b) { return a[0] + c[0] + b[0]; }
+struct PrewittColumns : Kernel<1, false> {
+  [[gnu::always_inline]] static void across(I16 l, I16, I16 r, I16, I16* kept) { kept[0] = l - r; }
+  [[gnu::always_inline]] static I16 down(const I16* a, const I16* c, const I16* b, I16, I16) {
+    return a[0] + c[0] + b[0];
+  }
 };
 
 }  // namespace

@@ -2,10 +2,12 @@
 // of three rows do. Included inside the region, after Vector.h.
 //
 // A filter F has
-//   Lane               U8, or I16 for sums: then bytes are handled as two vectors, the even and the odd ones;
-//   kKept              how many partials it keeps;
-//   across(l, c, r, kept)          from a sample and its two neighbours;
-//   down(above, current, below)    the result. Sums are clamped to 0..255 afterwards unless kWithinByte.
+//   Lane         U8, or I16 for sums: then bytes are handled as two vectors, the even and the odd ones;
+//   kKept        how many partials it keeps;
+//   across(l, c, r, above, kept)                 combines a sample with its neighbours, given the one above it;
+//   down(above, current, below, centre, south)   makes the result from the partials of three rows, the sample itself
+//                                                and the one below it.
+// Sums are clamped to 0..255 afterwards unless kWithinByte.
 
 namespace {
 
@@ -104,11 +106,14 @@ class Position {
   explicit Position(const RowShape& shape)
       : count_(static_cast<std::ptrdiff_t>(shape.count)),
         stride_(static_cast<std::ptrdiff_t>(shape.stride)),
+        lastInside_(count_ - stride_ - kStep),
         i(-static_cast<std::ptrdiff_t>(shape.lead)) {}
 
   bool inRow() const { return i < count_; }
   // True when the whole vector and its neighbours lie in the row.
-  bool inside() const { return i >= stride_ && i + kStep + stride_ <= count_; }
+  bool inside() const { return i >= stride_ && i <= lastInside_; }
+  // True when the vector after this one lies wholly in the row.
+  bool nextInRow() const { return i <= count_ - 2 * kStep; }
   void next() { i += kStep; }
   LaneRange lanes() const { return clipped(-i, count_ - i); }
 
@@ -124,6 +129,7 @@ class Position {
   static constexpr auto kStep = static_cast<std::ptrdiff_t>(kVectorBytes);
   std::ptrdiff_t count_;
   std::ptrdiff_t stride_;
+  std::ptrdiff_t lastInside_;
 
  public:
   std::ptrdiff_t i;  // of the vector's first lane
@@ -135,13 +141,13 @@ struct Partials {
   static constexpr std::size_t kSize = kPartialBytes<F> * kVectorBytes;
   typename F::Lane kept[kCount];
 
-  [[gnu::always_inline]] static Partials of(const Taps& taps) {
+  [[gnu::always_inline]] static Partials of(const Taps& taps, U8 above) {
     Partials p;
     if constexpr (kBytes<F>) {
-      F::across(taps.l, taps.c, taps.r, p.kept);
+      F::across(taps.l, taps.c, taps.r, above, p.kept);
     } else {
-      F::across(evenBytes(taps.l), evenBytes(taps.c), evenBytes(taps.r), p.kept);
-      F::across(oddBytes(taps.l), oddBytes(taps.c), oddBytes(taps.r), p.kept + F::kKept);
+      F::across(evenBytes(taps.l), evenBytes(taps.c), evenBytes(taps.r), evenBytes(above), p.kept);
+      F::across(oddBytes(taps.l), oddBytes(taps.c), oddBytes(taps.r), oddBytes(above), p.kept + F::kKept);
     }
     return p;
   }
@@ -159,43 +165,104 @@ struct Partials {
 };
 
 template <class F>
-[[gnu::always_inline]] inline U8 result(const Partials<F>& a, const Partials<F>& c, const Partials<F>& b) {
+[[gnu::always_inline]] inline U8 result(const Partials<F>& a, const Partials<F>& c, const Partials<F>& b, U8 centre,
+                                        U8 south) {
   if constexpr (kBytes<F>) {
-    return F::down(a.kept, c.kept, b.kept);
+    return F::down(a.kept, c.kept, b.kept, centre, south);
   } else {
-    const I16 even = F::down(a.kept, c.kept, b.kept);
-    const I16 odd = F::down(a.kept + F::kKept, c.kept + F::kKept, b.kept + F::kKept);
+    const I16 even = F::down(a.kept, c.kept, b.kept, evenBytes(centre), evenBytes(south));
+    const I16 odd = F::down(a.kept + F::kKept, c.kept + F::kKept, b.kept + F::kKept, oddBytes(centre), oddBytes(south));
     return F::kWithinByte ? interleave(even, odd) : interleaveClamped(even, odd);
   }
 }
 
 template <class F>
 void prepare(const std::uint8_t* row, const RowShape& shape, std::uint8_t* partials) {
-  for (Position at(shape); at.inRow(); at.next(), partials += Partials<F>::kSize)
-    Partials<F>::of(at.inside() ? tapsAt(row + at.i, shape.stride) : at.edgeTaps(row)).write(partials);
+  for (Position at(shape); at.inRow(); at.next(), partials += Partials<F>::kSize) {
+    const Taps taps = at.inside() ? tapsAt(row + at.i, shape.stride) : at.edgeTaps(row);
+    Partials<F>::of(taps, taps.c).write(partials);
+  }
 }
 
 template <class F>
-[[gnu::always_inline]] inline U8 advanceVector(const Taps& taps, const std::uint8_t* above, const std::uint8_t* current,
-                                               std::uint8_t* below) {
+[[gnu::always_inline]] inline U8 advanceVector(const Taps& taps, U8 centre, const std::uint8_t* above,
+                                               const std::uint8_t* current, std::uint8_t* below) {
   const Partials<F> a = Partials<F>::read(above);
-  const Partials<F> b = Partials<F>::of(taps);
+  const Partials<F> b = Partials<F>::of(taps, centre);
   b.write(below);
-  return result<F>(a, Partials<F>::read(current), b);
+  return result<F>(a, Partials<F>::read(current), b, centre, taps.c);
 }
+
+// One row's way through a filter.
+template <class F>
+class Advance {
+ public:
+  Advance(const std::uint8_t* row, const RowShape& shape, const std::uint8_t* above, const std::uint8_t* current,
+          std::uint8_t* below, std::uint8_t* out)
+      : row_(row), above_(above), current_(current), below_(below), out_(out), stride_(shape.stride), at_(shape) {}
+
+  // Everything is inlined, so that the members live in registers: a byte that is stored might be one of theirs.
+  [[gnu::always_inline]] void run() {
+    if (at_.inRow() && !at_.inside()) edge();
+#if QAV_KERNEL_LEVEL >= 3
+    if constexpr (kBytes<F>) rolling();
+#endif
+    for (; at_.inside(); next()) whole(tapsAt(row_ + at_.i, stride_));
+    while (at_.inRow()) edge();
+  }
+
+ private:
+  [[gnu::always_inline]] void next() {
+    at_.next();
+    slot_ += Partials<F>::kSize;
+  }
+  [[gnu::always_inline]] U8 result(const Taps& taps, U8 centre) {
+    return advanceVector<F>(taps, centre, above_ + slot_, current_ + slot_, below_ + slot_);
+  }
+  [[gnu::always_inline]] void whole(const Taps& taps) {
+    store(out_ + at_.i, result(taps, inRegister(load<U8>(out_ + at_.i))));
+  }
+  [[gnu::always_inline]] void edge() {
+    const U8 centre = loadLanes(out_ + at_.i, at_.lanes(), U8{});
+    storeLanes(out_ + at_.i, at_.lanes(), result(at_.edgeTaps(row_), centre));
+    next();
+  }
+#if QAV_KERNEL_LEVEL >= 3
+  // Reads every vector once and takes the neighbours from it and the vectors beside it. Filters with sums are no
+  // faster that way: they permute bytes enough as it is.
+  [[gnu::always_inline]] void rolling() {
+    if (!at_.inside() || !at_.nextInRow()) return;
+    U8 lane;
+    for (std::size_t i = 0; i < kVectorBytes; ++i) lane[i] = static_cast<std::uint8_t>(i);
+    const auto stride = static_cast<std::uint8_t>(stride_);
+    const __m512i leftwards = (__m512i)(lane + splat<U8>(static_cast<std::uint8_t>(kVectorBytes - stride)));
+    const __m512i rightwards = (__m512i)(lane + splat<U8>(stride));
+    // What comes before the row is the end of the row above.
+    U8 before = load<U8>(row_ + at_.i - kVectorBytes), here = load<U8>(row_ + at_.i);
+    for (; at_.nextInRow(); next()) {
+      const U8 after = load<U8>(row_ + at_.i + kVectorBytes);
+      whole({(U8)_mm512_permutex2var_epi8((__m512i)before, leftwards, (__m512i)here), here,
+             (U8)_mm512_permutex2var_epi8((__m512i)here, rightwards, (__m512i)after)});
+      before = here;
+      here = after;
+    }
+  }
+#endif
+
+  const std::uint8_t* row_;
+  const std::uint8_t* above_;
+  const std::uint8_t* current_;
+  std::uint8_t* below_;
+  std::uint8_t* out_;
+  std::size_t stride_;
+  std::size_t slot_ = 0;
+  Position at_;
+};
 
 template <class F>
 void advance(const std::uint8_t* row, const RowShape& shape, const std::uint8_t* above, const std::uint8_t* current,
              std::uint8_t* below, std::uint8_t* out) {
-  const std::size_t stride = shape.stride;
-  std::size_t slot = 0;
-  for (Position at(shape); at.inRow(); at.next(), slot += Partials<F>::kSize) {
-    for (; at.inside(); at.next(), slot += Partials<F>::kSize)
-      store(out + at.i, advanceVector<F>(tapsAt(row + at.i, stride), above + slot, current + slot, below + slot));
-    if (!at.inRow()) return;
-    const U8 v = advanceVector<F>(at.edgeTaps(row), above + slot, current + slot, below + slot);
-    storeLanes(out + at.i, at.lanes(), v);
-  }
+  Advance<F>(row, shape, above, current, below, out).run();
 }
 
 template <class F>
@@ -203,7 +270,8 @@ void finish(const RowShape& shape, const std::uint8_t* above, const std::uint8_t
   std::size_t slot = 0;
   for (Position at(shape); at.inRow(); at.next(), slot += Partials<F>::kSize) {
     const Partials<F> c = Partials<F>::read(current + slot);
-    storeLanes(out + at.i, at.lanes(), result<F>(Partials<F>::read(above + slot), c, c));
+    const U8 centre = loadLanes(out + at.i, at.lanes(), U8{});
+    storeLanes(out + at.i, at.lanes(), result<F>(Partials<F>::read(above + slot), c, c, centre, centre));
   }
 }
 
