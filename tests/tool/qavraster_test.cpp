@@ -49,26 +49,26 @@ TEST(QavRaster, AppliesOperationsInTheOrderWritten) {
          Processor::AdjustColor(i, -0.1f, 0.2f, 0.8f, rgb, nullptr, 1);
          Processor::Balance(i, 0.1f, -0.2f, 0.3f, nullptr, 1);
        }},
-      {"--kernel catmull-rom --resize 100x70 --resize 90x81",
+      {"--resize 100x70 --kernel catmull-rom --resize 90x81",
        [](QAVPixelImage& i) {
          QAVMMCatmullRomFilter kernel;
          for (const auto& [w, h] : {std::pair{100u, 70u}, {90u, 81u}})
            i = *Image(QAVMMResizeEngine(&kernel).scale(&i, w, h));
        }},
-      {"--background 0,0,0,90 --fit 100x90",
+      {"--fit 100x90 --background 0,0,0,90",
        [](QAVPixelImage& i) {
          const Image inner(i.CreateResizedCopy(100, 75, QAVMMIResampleMitchell)), canvas = makeImage(100, 90, RGBA8888);
          canvas->SetTransparency(90);
          canvas->PasteImage(0, 7, inner.get(), 0);
          i = *canvas;
        }},
-      {"--passes 2 --filter sharpen --antialias 3 --passes 1 --filter gauss",
+      {"--passes 2 --filter sharpen --antialias 3 --filter gauss --passes 1",
        [](QAVPixelImage& i) {
          Processor::Filter(i, QAVMMIFilterSharpen, 2, nullptr, 1);
          Processor::Antialiase(i, 3, nullptr, 1);
          Processor::Filter(i, QAVMMIFilterSmoothGauss, 1, nullptr, 1);
        }},
-      {"--convolve 3 0,-1,0,-1,5,.5,0,-1,0 --filter kirsch",
+      {"--kernel 3 0,-1,0,-1,5,.5,0,-1,0 --filter kirsch",
        [](QAVPixelImage& i) {
          const float weights[] = {0, -1, 0, -1, 5, 0.5f, 0, -1, 0};
          Processor::LinearConvolveMatrix(i, 3, weights);

@@ -118,6 +118,16 @@ Invocation parseCommand(const Command& command, const Texts& arguments) {
   return invocation;
 }
 
+// `--kernel` names the kernel of a resizing; with a size it is a kernel of weights to convolve with.
+Texts withKernelsTold(Texts arguments) {
+  for (std::size_t i = 0; i + 1 < arguments.size(); ++i) {
+    const std::string& value = arguments[i + 1];
+    const bool isNumber = !value.empty() && value.find_first_not_of("0123456789") == std::string::npos;
+    if (arguments[i] == "--kernel" && isNumber) arguments[i] = "--convolve";
+  }
+  return arguments;
+}
+
 Invocation parseRun(const Texts& arguments) {
   Invocation invocation;
   CLI::App app;
@@ -129,7 +139,7 @@ Invocation parseRun(const Texts& arguments) {
   app.add_flag("--list", list);
   app.add_flag("--version", version);
   declareSteps(app, invocation);
-  parse(app, arguments);
+  parse(app, withKernelsTold(arguments));
   if (help || list || version) {
     std::fputs((help ? helpText() : list ? listText() : versionText()).c_str(), stdout);
     invocation.kind = Invocation::Kind::Finished;

@@ -61,7 +61,10 @@ std::string helpText() {
 }
 
 std::string listText() {
-  std::string text = "Operations are applied in the order written; a setting holds for the operations after it.\n\n";
+  std::string text =
+      "Operations are applied in the order written. A setting holds for the operations after it; one that belongs to "
+      "an "
+      "operation may also stand right behind it.\n\n";
   for (const Family& family : catalogue()) text += familyText(family);
   text += "Commands\n";
   for (const Command& command : commands()) {

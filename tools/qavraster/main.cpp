@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <cstdio>
 #include <exception>
 #include <new>
@@ -10,11 +11,22 @@
 namespace qavraster {
 namespace {
 
-void apply(const Step& step, Context& context) {
+// The settings right behind an operation that are its own hold for it already.
+void takeOwnSettings(const std::vector<Step>& steps, std::size_t at, Context& context) {
+  const std::vector<std::string>& own = steps[at].operation->settings;
+  for (std::size_t i = at + 1; i < steps.size() && !steps[i].operation; ++i) {
+    if (std::find(own.begin(), own.end(), steps[i].setting) == own.end()) return;
+    context.settings[steps[i].setting] = steps[i].values;
+  }
+}
+
+void apply(const std::vector<Step>& steps, std::size_t at, Context& context) {
+  const Step& step = steps[at];
   if (!step.operation) {
     context.settings[step.setting] = step.values;
     return;
   }
+  takeOwnSettings(steps, at, context);
   context.operation = step.text;
   step.operation->run(context, step.values);
 }
@@ -36,9 +48,9 @@ int run(const Invocation& invocation) {
   Progress progress(invocation.steps.size() + 2);
   progress.begin("reading " + invocation.input);
   Context context{readImage(invocation.input, settings), presets(), Progress::report, ""};
-  for (const Step& step : invocation.steps) {
-    progress.begin(step.text);
-    apply(step, context);
+  for (std::size_t i = 0; i < invocation.steps.size(); ++i) {
+    progress.begin(invocation.steps[i].text);
+    apply(invocation.steps, i, context);
   }
   progress.begin("writing " + invocation.output);
   if (!format.write(*context.image, output.temporaryPath(), settings))

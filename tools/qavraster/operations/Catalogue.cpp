@@ -6,16 +6,8 @@ namespace qavraster {
 
 const std::vector<Family>& catalogue() {
   static const std::vector<Family> families = {
-      pixelFormatFamily(), pointOperationFamily(), croppingFamily(), resamplingFamily(),
-      colourFamily(),      ditheringFamily(),      drawingFamily(),
-      pixelFormatFamily(),
-      pointOperationFamily(),
-      croppingFamily(),
-      resamplingFamily(),
-      colourFamily(),
-      ditheringFamily(),
-      drawingFamily(),
-      filterFamily(),
+      pixelFormatFamily(), pointOperationFamily(), colourFamily(),  filterFamily(),
+      ditheringFamily(),   resamplingFamily(),     drawingFamily(), croppingFamily(),
   };
   return families;
 }

@@ -24,8 +24,9 @@
 /// what a `void (*)(float)` parameter is given. `c.read(v.text(0))` makes a `file` argument an image. Argument.h has
 /// the kinds of argument; their names are capitals, their ranges are checked before anything is read.
 ///
-/// A setting holds for the operations after it: a name, arguments, help and the preset, in the family's second table.
-/// Read it with `c.setting("dither-threshold").integer(0)`.
+/// A setting holds for the operations after it, and for the one right before it that lists it as its own: a name,
+/// arguments, help and the preset, in the family's second table. Read it with
+/// `c.setting("dither-threshold").integer(0)`.
 ///
 /// A family is a file operations/<Family>.cpp with one function that returns its tables; declare the function below
 /// and add its line in Catalogue.cpp.
@@ -63,6 +64,8 @@ struct Operation {
   std::vector<Argument> arguments;
   std::string help;
   void (*run)(Context& context, const Values& values);
+  /// Settings that belong to this operation: they may also stand right behind it.
+  std::vector<std::string> settings = {};
 };
 
 struct Family {

@@ -64,7 +64,11 @@ Family colourFamily() {
                [](Context& c, const Values& v) {
                  c.require(Processor::Mirror(*c.image, v.as<QAVMMIMirrorType>(0), c.progress, 1));
                }},
-              {"mask", {file("MASK")}, "Weakens the picture's alpha by another picture of the same size.", &mask},
+              {"mask",
+               {file("MASK")},
+               "Weakens the picture's alpha by another picture of the same size.",
+               &mask,
+               {"mask-type"}},
           },
           {
               {"mask-type",

@@ -24,7 +24,11 @@ void dither(Context& c, const Values& v) {
 Family ditheringFamily() {
   return {"Dithering",
           {
-              {"dither", {choice("METHOD", kMethods)}, "Turns the picture into black and white, as L8.", &dither},
+              {"dither",
+               {choice("METHOD", kMethods)},
+               "Turns the picture into black and white, as L8.",
+               &dither,
+               {"threshold"}},
               {"bitonal",
                {},
                "Converts to one bit a pixel (BitonalRuns); below 128 is black.",

@@ -78,11 +78,12 @@ std::vector<Operation> filterOperations() {
        [](Context& c, const Values& v) {
          const int passes = c.setting("passes").integer(0);
          c.require(Processor::Filter(*c.image, v.as<QAVMMIFilterType>(0), passes, c.progress, 1));
-       }},
+       },
+       {"passes"}},
       {"convolve",
        {integer("SIZE", 1, 999, "odd"), text("WEIGHTS", "SIZE x SIZE numbers with spaces between them, row by row")},
        "Convolves an RGBA8888 picture with the kernel, divided by the sum of its weights; beyond the edges all is "
-       "transparent black.",
+       "transparent black. --kernel SIZE WEIGHTS does the same.",
        &convolve},
       {"antialias",
        {integer("LEVEL", 0, 4)},
@@ -94,7 +95,7 @@ std::vector<Operation> filterOperations() {
 Setting passesSetting() {
   return {"passes",
           {integer("COUNT", 1, 10000)},
-          "How many times the filters after it smooth or sharpen; the others run once.",
+          "How many times --filter smooths or sharpens; the other filters run once.",
           {"1"}};
 }
 

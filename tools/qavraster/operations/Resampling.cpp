@@ -19,7 +19,7 @@ Setting kernelSetting() {
                            {"lanczos2", kLanczos2},
                            {"lanczos3", kLanczos3},
                            {"gaussian", kGaussian}})},
-          "Kernel of the resizing that follows.",
+          "Kernel of --resize.",
           {"lanczos3"}};
 }
 
@@ -75,11 +75,13 @@ Family resamplingFamily() {
               {"resize",
                {size("SIZE")},
                "Resizes to SIZE with the kernel of --kernel, for RGB and RGBA images of bytes or floats.",
-               resize},
+               resize,
+               {"kernel"}},
               {"fit",
                {size("SIZE")},
                "Centres the image in SIZE, scaled to fit with its shape kept; see --background.",
-               fit},
+               fit,
+               {"background"}},
           },
           {kernelSetting(), backgroundSetting()}};
 }
