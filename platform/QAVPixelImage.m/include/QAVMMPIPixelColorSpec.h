@@ -12,6 +12,8 @@ class QAV_EXPORT QAVMMPIColorSpace : public QAVBaseUnknown {
   /// New sRGB space with one reference for the caller.
   static QAVMMPIColorSpace* CreateColorSpace();
 
+  ~QAVMMPIColorSpace() override;
+
   /// 0 for sRGB values in 0..1; 10 for CIE XYZ relative to a white of Y = 1.
   int kind = 0;
 

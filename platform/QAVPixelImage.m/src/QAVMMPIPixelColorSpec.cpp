@@ -45,6 +45,9 @@ int kindOf(const QAVMMPIColorSpace* space) { return space ? space->kind : 0; }
 
 QAVMMPIColorSpace* QAVMMPIColorSpace::CreateColorSpace() { return new QAVMMPIColorSpace; }
 
+// Defined here so that the class has its one table of virtual functions in this library.
+QAVMMPIColorSpace::~QAVMMPIColorSpace() = default;
+
 QAVMMPIPixelColorSpec::QAVMMPIPixelColorSpec(QAVPixelImageFormat format, QAVMMPIColorSpace* space) noexcept
     : format_(format), space_(space) {
   if (space_) space_->AddRef();
