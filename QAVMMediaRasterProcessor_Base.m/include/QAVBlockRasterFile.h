@@ -29,7 +29,7 @@
 ///   - 2: for every row a 16-bit count, the signed 16-bit first column (from 1), and as many bytes, each of which
 ///     becomes a zero byte and itself; a count of 65535 is an empty row and stands alone;
 ///   - 7 (b = 1 only) and 8 (b = 2 only): runs of count and sample, b bytes each, that begin anew with every row; what
-///     exceeds the row is dropped.
+///     exceeds the row is dropped, but for the column behind it where the rectangle has one.
 ///
 /// Compressions 1 and 2 store two bytes a sample, also where b is 1; what falls outside the band's result is dropped.
 /// Other compressions cannot be read.

@@ -308,6 +308,7 @@ TEST(BlockRasterData, BandsOfUnevenOffsets) {
        {1, 3, 1, 1},
        {0, 3, 0, 1, 7, 8, 9},
        {0, 7, 0}},
+      {"short runs: a run past the row's end fills the column behind it", 7, 1, 3, {2, 4, 1, 1}, {5, 1}, {1, 1, 1}},
       {"short runs: what exceeds the row is dropped, the next row begins anew",
        7,
        1,

@@ -141,7 +141,8 @@ TEST(Conversion, EmptyImagesConvert) {
       if (to == NoPixelStorage) continue;
       QAVPixelImage image(size.first, size.second, RGB888);
       EXPECT_EQ(image.ConvertToFormat(to), S_OK);
-      EXPECT_EQ(image.ConvertToFormat(L8), S_OK);
+      // From runs the way to colours has a row of grey in between.
+      EXPECT_EQ(image.ConvertToFormat(RGB888), S_OK);
     }
 }
 

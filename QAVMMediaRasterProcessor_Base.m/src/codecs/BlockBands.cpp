@@ -95,7 +95,7 @@ void fillRuns(std::int64_t rowLength, const BandRectangle& r, int sampleBytes, S
     for (std::int64_t covered = 0; covered < rowLength && runs.has(entry); runs.skip(entry)) {
       const std::int64_t start = std::max(covered + 1, r.x0);
       covered += count(runs);
-      for (std::int64_t x = start; x <= std::min({covered, r.x1, rowLength}); ++x) {
+      for (std::int64_t x = start; x <= std::min(covered, r.x1); ++x) {
         const std::int64_t sample = (y - r.y0) * r.width() + x - r.x0;
         if (sampleBytes == 1)
           put(out, sample, runs.byte(1));

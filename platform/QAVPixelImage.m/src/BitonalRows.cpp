@@ -33,6 +33,7 @@ void BitonalRows::Store(QAVPixelImage& image, int row) {
 }
 
 void readBitonalRow(const QAVPixelImage& image, int row, int width, unsigned char* luminance) {
+  if (width == 0) return;
   std::memset(luminance, 255, static_cast<std::size_t>(width));
   forEachBlackRun(image.GetPixelsRuns(row), codedLength(image, row), width,
                   [luminance](std::int64_t from, std::int64_t to) {
