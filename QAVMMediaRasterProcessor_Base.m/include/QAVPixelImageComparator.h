@@ -37,7 +37,8 @@ class QAV_EXPORT QAVPixelImageComparator {
                              double threshold, int sigmas, double& mean, int& count, double& percentage,
                              double& deviation, double& maximum, double& median, double*& differences);
   /// Compares floating-point images (formats 10 and 11) by the Euclidean distance of all the first image's channels,
-  /// in single precision.
+  /// in single precision. The second image's rows are read with the first one's channels a pixel, so the formats should
+  /// be the same.
   ///
   /// The deviation is taken over the first `count` entries of `differences`, zeros among them, not over the
   /// exceedances. With outliers removed the maximum is rounded to single precision. `median` keeps its value. Both
