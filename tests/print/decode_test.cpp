@@ -135,30 +135,36 @@ TEST(ASCII85Decode, GroupsAndTheirEnds) {
   EXPECT_EQ(ASCII85Decode(nullptr, 0, out, outLen, 1), S_OK);
 }
 
-// The text of random groups that hold digits only, values beyond 2^32 among them, broken by white space and 'z'.
+// The text of random groups, values beyond 2^32 among them, broken by white space, 'z' and short groups.
 TEST(ASCII85Decode, RandomTextsAtEveryLevel) {
   std::mt19937 random(6);
   atEveryLevel([&] {
     for (int round = 0; round < 400; ++round) {
       Bytes text, expected;
       const unsigned broken = round % 3 ? 100 : 6;
-      for (std::size_t groups = random() % 200; groups > 0; --groups) {
+      for (std::size_t groups = random() % (round % 8 ? 200 : 4000); groups > 0; --groups) {
         if (random() % 20 == 0) {
           text.push_back('z');
           expected.insert(expected.end(), 4, 0);
         }
+        constexpr std::uint8_t whiteSpace[] = {0, 8, 9, 10, 12, 13, 32, 127};
+        const int digits = random() % 60 ? 5 : 2 + static_cast<int>(random() % 3);
         std::uint32_t value = 0;
         for (int k = 0; k < 5; ++k) {
-          const auto digit = static_cast<unsigned>(random() % 85);
-          value = value * 85 + digit;
-          text.push_back(static_cast<std::uint8_t>('!' + digit));
-          if (random() % broken == 0) text.push_back('\n');
+          // A short group counts as if one unit of its first missing digit followed.
+          const bool missing = k >= digits;
+          const auto digit = missing ? 0u : static_cast<unsigned>(random() % 85);
+          value = value * 85 + digit + (k == digits - 1 && digits < 5 ? 1 : 0);
+          if (!missing) text.push_back(static_cast<std::uint8_t>('!' + digit));
+          while (random() % broken == 0) text.push_back(whiteSpace[random() % 8]);
         }
-        for (int shift = 24; shift >= 0; shift -= 8) expected.push_back(static_cast<std::uint8_t>(value >> shift));
+        if (digits < 5) text.insert(text.end(), {'~', '>'});
+        for (int k = 0; k < (digits < 5 ? digits - 1 : 4); ++k)
+          expected.push_back(static_cast<std::uint8_t>(value >> (24 - 8 * k)));
       }
       ASSERT_EQ(decoded(ASCII85Decode, text), (Decoded{expected.empty() ? E_FAIL : S_OK, expected}));
       if (text.empty()) continue;
-      constexpr std::uint8_t malformed[] = {'v', '{', 11, 128, 255, 'y'};
+      constexpr std::uint8_t malformed[] = {'v', '{', 11, 128, 160, 255};
       text[random() % text.size()] = malformed[random() % 6];
       ASSERT_EQ(decoded(ASCII85Decode, text, 1), (Decoded{E_UNEXPECTED, {}}));
     }

@@ -260,18 +260,6 @@ void decodeGroups(const std::uint8_t* digits, std::size_t groups, std::uint8_t* 
 
 #endif
 
-std::size_t digitRun(const std::uint8_t* text, std::size_t count) {
-  std::size_t i = 0;
-  constexpr std::uint64_t all = kVectorBytes == 64 ? ~0ull : (1ull << (kVectorBytes % 64)) - 1;
-  for (; i + kVectorBytes <= count; i += kVectorBytes) {
-    const U8 digits = load<U8>(text + i) - splat<U8>(kBase85Zero);
-    const std::uint64_t good = equalBits(min(digits, splat<U8>(kBase85 - 1)), digits);
-    if (good != all) return i + static_cast<std::size_t>(__builtin_ctzll(~good));
-  }
-  while (i < count && static_cast<std::uint8_t>(text[i] - kBase85Zero) < kBase85) ++i;
-  return i;
-}
-
 #else
 
 std::size_t encodeGroups(const std::uint8_t* data, std::size_t groups, char* text) {
@@ -288,21 +276,113 @@ std::size_t encodeLines(const std::uint8_t* data, std::size_t lines, char newLin
   return lines;
 }
 
-std::size_t digitRun(const std::uint8_t* text, std::size_t count) {
-  std::size_t i = 0;
-  while (i < count && static_cast<std::uint8_t>(text[i] - kBase85Zero) < kBase85) ++i;
-  return i;
-}
-
 void decodeGroups(const std::uint8_t* digits, std::size_t groups, std::uint8_t* bytes) {
   for (; groups > 0; --groups, digits += 5, bytes += 4) decodeGroup(digits, bytes);
 }
 
 #endif
 
+bool isDigit(std::uint8_t c) { return static_cast<std::uint8_t>(c - kBase85Zero) < kBase85; }
+
+constexpr bool isWhiteSpace(unsigned c) {
+  constexpr std::uint64_t spaces =
+      1ull << 0 | 1ull << 8 | 1ull << 9 | 1ull << 10 | 1ull << 12 | 1ull << 13 | 1ull << 32;
+  return c < 64 ? (spaces >> c & 1) != 0 : c == 127;
+}
+
+#if QAV_KERNEL_LEVEL >= 1
+
+[[gnu::always_inline]] inline std::uint64_t digitBits(U8 characters) {
+  const U8 digits = characters - splat<U8>(kBase85Zero);
+  return equalBits(min(digits, splat<U8>(kBase85 - 1)), digits);
+}
+
+#endif
+
+#if QAV_KERNEL_LEVEL >= 3
+
+// The sign bit is set for white space.
+constexpr Places whiteSpacePlaces() {
+  Places places{};
+  for (unsigned c = 0; c < 128; ++c) places.at[c] = isWhiteSpace(c) ? 128 : 0;
+  return places;
+}
+
+constexpr Places kWhiteSpace = whiteSpacePlaces();
+
+[[gnu::always_inline]] inline std::uint64_t whiteSpaceBits(__m512i characters) {
+  const __m512i kinds =
+      _mm512_permutex2var_epi8(_mm512_loadu_si512(kWhiteSpace.at), characters, _mm512_loadu_si512(kWhiteSpace.at + 64));
+  return _mm512_movepi8_mask(_mm512_andnot_si512(characters, kinds));
+}
+
+template <bool write>
+[[gnu::always_inline]] inline bool takeVectors(const std::uint8_t* text, std::size_t count, std::uint8_t* to,
+                                               Base85Run& run) {
+  for (; run.read + 64 <= count; run.read += 64) {
+    const U8 characters = load<U8>(text + run.read);
+    std::uint64_t digits = digitBits(characters);
+    const std::uint64_t others = ~(digits | whiteSpaceBits((__m512i)characters));
+    if (others) digits &= (others & -others) - 1;
+    if constexpr (write) _mm512_storeu_si512(to + run.digits, _mm512_maskz_compress_epi8(digits, (__m512i)characters));
+    run.digits += static_cast<std::size_t>(__builtin_popcountll(digits));
+    if (!others) continue;
+    run.read += static_cast<std::size_t>(__builtin_ctzll(others));
+    return false;
+  }
+  return true;
+}
+
+#elif QAV_KERNEL_LEVEL >= 1
+
+template <bool write>
+[[gnu::always_inline]] inline bool takeVectors(const std::uint8_t* text, std::size_t count, std::uint8_t* to,
+                                               Base85Run& run) {
+  constexpr std::uint64_t all = ~0ull >> (64 - kVectorBytes);
+  while (run.read + kVectorBytes <= count) {
+    const U8 characters = load<U8>(text + run.read);
+    const std::uint64_t others = digitBits(characters) ^ all;
+    const std::size_t taken = others ? static_cast<std::size_t>(__builtin_ctzll(others)) : kVectorBytes;
+    if constexpr (write) store(to + run.digits, characters);
+    run.digits += taken;
+    run.read += taken;
+    if (!others) continue;
+    if (!isWhiteSpace(text[run.read])) return false;
+    ++run.read;
+  }
+  return true;
+}
+
+#endif
+
+// In vectors as long as there are any; false from takeVectors says that another character stands next.
+template <bool write>
+[[gnu::always_inline]] inline Base85Run takeDigits(const std::uint8_t* text, std::size_t count, std::uint8_t* to) {
+  Base85Run run;
+#if QAV_KERNEL_LEVEL >= 1
+  if (!takeVectors<write>(text, count, to, run)) return run;
+#endif
+  for (; run.read < count; ++run.read) {
+    const std::uint8_t c = text[run.read];
+    if (isDigit(c)) {
+      if constexpr (write) to[run.digits] = c;
+      ++run.digits;
+    } else if (!isWhiteSpace(c)) {
+      break;
+    }
+  }
+  return run;
+}
+
+Base85Run countDigits(const std::uint8_t* text, std::size_t count) { return takeDigits<false>(text, count, nullptr); }
+
+Base85Run squeezeDigits(const std::uint8_t* text, std::size_t count, std::uint8_t* digits) {
+  return takeDigits<true>(text, count, digits);
+}
+
 }  // namespace
 
 extern const Base85Kernels base85;
-const Base85Kernels base85 = {&encodeGroups, &encodeLines, &digitRun, &decodeGroups};
+const Base85Kernels base85 = {&encodeGroups, &encodeLines, &countDigits, &squeezeDigits, &decodeGroups};
 
 #include "RegionEnd.h"
