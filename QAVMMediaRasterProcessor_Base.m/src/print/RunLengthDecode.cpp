@@ -1,5 +1,7 @@
 #include <QAVPrintEncoding.h>
 
+#include "kernels/RunLengthRecords.h"
+
 #include <algorithm>
 #include <cstring>
 #include <limits>
@@ -7,22 +9,9 @@
 
 namespace {
 
-constexpr std::uint8_t kEndOfData = 128;
-constexpr std::size_t kLongest = 128;
+using namespace qav::kernels;
 
-// What the records ask for. A last record counts in full even when its bytes are missing.
-std::size_t decodedSize(const std::uint8_t* src, std::size_t srcLen) {
-  std::size_t size = 0;
-  for (std::size_t i = 0; i < srcLen && src[i] != kEndOfData;) {
-    const std::size_t length = src[i];
-    const bool literal = length < kEndOfData;
-    size += literal ? length + 1 : 257 - length;
-    i += literal ? length + 2 : 2;
-  }
-  return size;
-}
-
-/// Decodes into a buffer of exactly the size that decodedSize has found.
+/// Decodes into a buffer of exactly the size that the records ask for.
 class Decoder {
  public:
   Decoder(const std::uint8_t* src, std::size_t srcLen, std::uint8_t* out, std::size_t bound)
@@ -30,48 +19,37 @@ class Decoder {
 
   /// Returns the number of bytes written.
   std::size_t run() {
-    while (i_ < srcLen_ && src_[i_] != kEndOfData) {
-      const std::size_t length = src_[i_++];
-      if (length < kEndOfData)
+    at_ = runLengthRecordsKernels().decode(src_, srcLen_, out_, bound_);
+    while (at_.read < srcLen_ && src_[at_.read] != kRunLengthEnd) {
+      const std::size_t length = src_[at_.read++];
+      if (length < kRunLengthEnd)
         copy(length + 1);
       else
         repeat(257 - length);
     }
-    return written_;
+    return at_.written;
   }
 
  private:
-  // Far from both ends whole blocks are moved: faster than the exact number of bytes, and the next record overwrites
-  // the surplus.
   void copy(std::size_t count) {
-    if (srcLen_ - i_ >= kLongest && bound_ - written_ >= kLongest) {
-      std::memcpy(out_ + written_, src_ + i_, kLongest);
-    } else {
-      count = std::min({count, srcLen_ - i_, bound_ - written_});
-      std::memcpy(out_ + written_, src_ + i_, count);
-    }
-    i_ += count;
-    written_ += count;
+    count = std::min({count, srcLen_ - at_.read, bound_ - at_.written});
+    std::memcpy(out_ + at_.written, src_ + at_.read, count);
+    at_.read += count;
+    at_.written += count;
   }
 
   void repeat(std::size_t count) {
-    if (i_ >= srcLen_) return;
-    if (bound_ - written_ >= kLongest) {
-      std::memset(out_ + written_, src_[i_], kLongest);
-    } else {
-      count = std::min(count, bound_ - written_);
-      std::memset(out_ + written_, src_[i_], count);
-    }
-    ++i_;
-    written_ += count;
+    if (at_.read >= srcLen_) return;
+    count = std::min(count, bound_ - at_.written);
+    std::memset(out_ + at_.written, src_[at_.read++], count);
+    at_.written += count;
   }
 
   const std::uint8_t* src_;
   std::size_t srcLen_;
   std::uint8_t* out_;
   std::size_t bound_;
-  std::size_t i_ = 0;
-  std::size_t written_ = 0;
+  RunLengthPlace at_;
 };
 
 }  // namespace
@@ -82,7 +60,7 @@ HRESULT RunLengthDecode(const std::uint8_t* src, unsigned int srcLen, std::uint8
   out = nullptr;
   outLen = 0;
   if (sizeOnly != 0 && sizeOnly != 1) return E_FAIL;
-  const std::size_t size = decodedSize(src, srcLen);
+  const std::size_t size = runLengthRecordsKernels().count(src, srcLen);
   if (size == 0 || size > std::numeric_limits<unsigned int>::max()) return E_FAIL;
   if (sizeOnly == 1) {
     outLen = static_cast<unsigned int>(size);
