@@ -280,18 +280,21 @@ void columns(const std::uint8_t* const* rows, std::size_t samples, const ByteTap
 
 #if QAV_KERNEL_LEVEL >= 1
 
-// A row pass works on as many rows as a vector has 128-bit lanes. They are first brought into groups of four pixels:
-// in each lane of a group four reds, four greens, four blues and four alphas of one row.
-constexpr std::size_t kRows = kVectorBytes / 16;
+// A row pass works on as many rows as two vectors have 128-bit lanes, so that a weight is read once for both. They are
+// first brought into groups of four pixels: in each lane of a group four reds, four greens, four blues and four alphas
+// of one row. A group of the first rows stands beside that of the others.
+constexpr std::size_t kRowsOfVector = kVectorBytes / 16;
+constexpr std::size_t kRows = 2 * kRowsOfVector;
+constexpr std::size_t kGroupBytes = 2 * kVectorBytes;
 constexpr std::size_t kBlock = 4;
 
 std::size_t groupsOf(std::size_t pixels) { return (pixels + 3) / 4; }
 
 std::size_t rowScratch(std::size_t pixels, const ByteWeights& weights) {
-  return (groupsOf(pixels) + static_cast<std::size_t>(weights.maxGroups) + 1) * kVectorBytes;
+  return (groupsOf(pixels) + static_cast<std::size_t>(weights.maxGroups) + 1) * kGroupBytes;
 }
 
-[[gnu::always_inline]] inline U8 fromLanes(const __m128i (&lanes)[kRows]) {
+[[gnu::always_inline]] inline U8 fromLanes(const __m128i (&lanes)[kRowsOfVector]) {
 #if QAV_KERNEL_LEVEL >= 2
   const __m256i low = _mm256_inserti128_si256(_mm256_castsi128_si256(lanes[0]), lanes[1], 1);
   const __m256i high = _mm256_inserti128_si256(_mm256_castsi128_si256(lanes[2]), lanes[3], 1);
@@ -315,25 +318,31 @@ void gatherGroups(const std::uint8_t* const* in, std::size_t pixels, std::size_t
                                        : _mm_setr_epi8(0, 3, 6, 9, 1, 4, 7, 10, 2, 5, 8, 11, -1, -1, -1, -1);
   const std::size_t bytes = pixels * kChannels;
   std::size_t at = 0;
-  for (; at + 16 <= bytes; at += 4 * kChannels, groups += kVectorBytes) {
-    __m128i lanes[kRows];
-    for (std::size_t r = 0; r < kRows; ++r) lanes[r] = _mm_loadu_si128(reinterpret_cast<const __m128i*>(in[r] + at));
-    store(groups, shuffleLanes(fromLanes(lanes), order));
-  }
-  for (; at < bytes; at += 4 * kChannels, groups += kVectorBytes) {
-    __m128i lanes[kRows] = {};
-    for (std::size_t r = 0; r < kRows; ++r) std::memcpy(&lanes[r], in[r] + at, bytes - at < 16 ? bytes - at : 16);
-    store(groups, shuffleLanes(fromLanes(lanes), order));
-  }
-  std::memset(groups, 0, padding * kVectorBytes);
+  const auto gather = [&](auto loadLane) {
+    for (std::size_t first = 0; first < kRows; first += kRowsOfVector, groups += kVectorBytes) {
+      __m128i lanes[kRowsOfVector];
+      for (std::size_t r = 0; r < kRowsOfVector; ++r) lanes[r] = loadLane(in[first + r] + at);
+      store(groups, shuffleLanes(fromLanes(lanes), order));
+    }
+    at += 4 * kChannels;
+  };
+  while (at + 16 <= bytes)
+    gather([](const std::uint8_t* from) { return _mm_loadu_si128(reinterpret_cast<const __m128i*>(from)); });
+  while (at < bytes)
+    gather([&](const std::uint8_t* from) {
+      __m128i lane = _mm_setzero_si128();
+      std::memcpy(&lane, from, bytes - at < 16 ? bytes - at : 16);
+      return lane;
+    });
+  std::memset(groups, 0, padding * kGroupBytes);
 }
 
-// One pixel of all rows, four channels each.
+// One pixel of the rows of a vector, four channels each.
 [[gnu::always_inline]] inline __m128i exactPixel(const std::uint8_t* groups, const ByteTaps& taps) {
   F64 low{}, high{};
   for (std::int32_t t = 0; t < taps.count; ++t) {
     const std::int32_t j = taps.left + t;
-    const U32 group = load<U32>(groups + static_cast<std::size_t>(j / 4) * kVectorBytes);
+    const U32 group = load<U32>(groups + static_cast<std::size_t>(j / 4) * kGroupBytes);
     addExactly(low, high, (I32)(group >> (8 * (j % 4)) & 255u), splat<F64>(taps.weights[t]));
   }
   return roundedBytes(low, high);
@@ -361,27 +370,47 @@ void gatherGroups(const std::uint8_t* const* in, std::size_t pixels, std::size_t
   return block;
 }
 
+// For both vectors of rows.
 template <int kDigits>
-[[gnu::always_inline]] inline Sum<kDigits> pixelSum(const std::uint8_t* groups, const ByteTaps& taps) {
-  Sum<kDigits> sum(taps.bias);
-  const std::uint8_t* from = groups + static_cast<std::size_t>(taps.firstGroup) * kVectorBytes;
-  const std::int32_t* digits = taps.digits;
-  for (std::int32_t g = 0; g < taps.groups; ++g, from += kVectorBytes, digits += kDigits)
-    sum.add(load<U8>(from), digits);
-  return sum;
-}
+struct PixelSum {
+  Sum<kDigits> first, second;
 
-template <int kDigits>
-[[gnu::always_inline]] inline U8 integerBlock(const std::uint8_t* groups, const ByteTaps* taps, std::size_t count,
-                                              const ByteWeights& weights) {
-  const Sum<kDigits> s0 = pixelSum<kDigits>(groups, taps[0]);
-  const Sum<kDigits> s1 = pixelSum<kDigits>(groups, taps[count > 1 ? 1 : 0]);
-  const Sum<kDigits> s2 = pixelSum<kDigits>(groups, taps[count > 2 ? 2 : 0]);
-  const Sum<kDigits> s3 = pixelSum<kDigits>(groups, taps[count > 3 ? 3 : 0]);
-  const Rounded rounded = roundedSums(s0, s1, s2, s3, weights);
+  [[gnu::always_inline]] PixelSum(const std::uint8_t* groups, const ByteTaps& taps)
+      : first(taps.bias), second(taps.bias) {
+    const std::uint8_t* from = groups + static_cast<std::size_t>(taps.firstGroup) * kGroupBytes;
+    const std::int32_t* digits = taps.digits;
+    for (std::int32_t g = 0; g < taps.groups; ++g, from += kGroupBytes, digits += kDigits) {
+      first.add(load<U8>(from), digits);
+      second.add(load<U8>(from + kVectorBytes), digits);
+    }
+  }
+};
+
+struct Block {
+  U8 first, second;
+};
+
+[[gnu::always_inline]] inline U8 decidedBlock(const Rounded& rounded, const std::uint8_t* groups, const ByteTaps* taps,
+                                              std::size_t count) {
   if (rounded.doubtful) [[unlikely]]
     return exactBlock(rounded.bytes, groups, taps, count, rounded.doubtfulSums);
   return rounded.bytes;
+}
+
+template <int kDigits>
+[[gnu::always_inline]] inline Block integerBlock(const std::uint8_t* groups, const ByteTaps* taps, std::size_t count,
+                                                 const ByteWeights& weights) {
+  const PixelSum<kDigits> s0(groups, taps[0]);
+  const PixelSum<kDigits> s1(groups, taps[count > 1 ? 1 : 0]);
+  const PixelSum<kDigits> s2(groups, taps[count > 2 ? 2 : 0]);
+  const PixelSum<kDigits> s3(groups, taps[count > 3 ? 3 : 0]);
+  const Rounded first = roundedSums(s0.first, s1.first, s2.first, s3.first, weights);
+  const Rounded second = roundedSums(s0.second, s1.second, s2.second, s3.second, weights);
+  return {decidedBlock(first, groups, taps, count), decidedBlock(second, groups + kVectorBytes, taps, count)};
+}
+
+[[gnu::noinline]] Block exactBlocks(const std::uint8_t* groups, const ByteTaps* taps, std::size_t count) {
+  return {exactBlock(U8{}, groups, taps, count, 15), exactBlock(U8{}, groups + kVectorBytes, taps, count, 15)};
 }
 
 template <int kLane>
@@ -410,8 +439,8 @@ template <int kChannels>
   const std::size_t length = left >= 16 || left < kBlock * kChannels ? left : kBlock * kChannels;
   storeLane(out[0] + begin, laneOf<0>(block), length);
   if (rowCount > 1) storeLane(out[1] + begin, laneOf<1>(block), length);
-  if (kRows > 2 && rowCount > 2) storeLane(out[2] + begin, laneOf<2>(block), length);
-  if (kRows > 2 && rowCount > 3) storeLane(out[3] + begin, laneOf<3>(block), length);
+  if (kRowsOfVector > 2 && rowCount > 2) storeLane(out[2] + begin, laneOf<2>(block), length);
+  if (kRowsOfVector > 2 && rowCount > 3) storeLane(out[3] + begin, laneOf<3>(block), length);
 }
 
 template <int kChannels>
@@ -419,10 +448,12 @@ void rowsOf(const std::uint8_t* groups, const ByteTaps* taps, std::size_t count,
             std::size_t rowCount, std::uint8_t* const* out) {
   for (std::size_t x = 0; x < count; x += kBlock) {
     const std::size_t here = count - x < kBlock ? count - x : kBlock;
-    const U8 block = taps[x].sum == ByteSum::ThreeDigits ? integerBlock<3>(groups, taps + x, here, weights)
-                     : taps[x].sum == ByteSum::OneDigit  ? integerBlock<1>(groups, taps + x, here, weights)
-                                                         : exactBlock(U8{}, groups, taps + x, here, 15);
-    storeBlock<kChannels>(block, x, count, rowCount, out);
+    const Block block = taps[x].sum == ByteSum::ThreeDigits ? integerBlock<3>(groups, taps + x, here, weights)
+                        : taps[x].sum == ByteSum::OneDigit  ? integerBlock<1>(groups, taps + x, here, weights)
+                                                            : exactBlocks(groups, taps + x, here);
+    storeBlock<kChannels>(block.first, x, count, rowCount, out);
+    if (rowCount > kRowsOfVector)
+      storeBlock<kChannels>(block.second, x, count, rowCount - kRowsOfVector, out + kRowsOfVector);
   }
 }
 
