@@ -380,8 +380,13 @@ struct PixelSum {
     const std::uint8_t* from = groups + static_cast<std::size_t>(taps.firstGroup) * kGroupBytes;
     const std::int32_t* digits = taps.digits;
     for (std::int32_t g = 0; g < taps.groups; ++g, from += kGroupBytes, digits += kDigits) {
-      first.add(load<U8>(from), digits);
-      second.add(load<U8>(from + kVectorBytes), digits);
+      U8 bytes = load<U8>(from), others = load<U8>(from + kVectorBytes);
+#if QAV_KERNEL_LEVEL >= 3
+      // Keeps the compiler from reading the same bytes again for every digit.
+      __asm__("" : "+v"(bytes), "+v"(others));
+#endif
+      first.add(bytes, digits);
+      second.add(others, digits);
     }
   }
 };
