@@ -90,12 +90,47 @@ template <std::size_t kCount>
 #endif
 }
 
+#if QAV_KERNEL_LEVEL >= 3
+// In the order of `packed`, with signs kept.
+[[gnu::always_inline]] inline U8 packedSigns(I32 a, I32 b, I32 c, I32 d) {
+  return (U8)_mm512_packs_epi16(_mm512_packs_epi32((__m512i)a, (__m512i)b), _mm512_packs_epi32((__m512i)c, (__m512i)d));
+}
+#endif
+
 // Bit i is set where lane i of `v` is below the bound.
 [[gnu::always_inline]] inline std::uint32_t lanesBelow(U32 v, U32 bound) {
 #if QAV_KERNEL_LEVEL >= 2
   return _mm512_cmplt_epu32_mask((__m512i)v, (__m512i)bound);
 #else
   return static_cast<std::uint32_t>(_mm256_movemask_ps((__m256)(v < bound)));
+#endif
+}
+
+// The results of two vectors of sums, rounded half up and limited to 0..255, in the low bytes; not-a-number gives 0.
+[[gnu::always_inline]] inline __m128i roundedBytes(F64 low, F64 high) {
+  const F64 half = splat<F64>(0.5), none{}, most = splat<F64>(255.0);
+#if QAV_KERNEL_LEVEL >= 2
+  const auto limited = [&](F64 sum) {
+    return _mm512_cvttpd_epi32(_mm512_min_pd(_mm512_max_pd((__m512d)(sum + half), (__m512d)none), (__m512d)most));
+  };
+  return _mm512_cvtepi32_epi8(_mm512_inserti64x4(_mm512_castsi256_si512(limited(low)), limited(high), 1));
+#else
+  const auto limited = [&](F64 sum) {
+    return _mm256_cvttpd_epi32(_mm256_min_pd(_mm256_max_pd((__m256d)(sum + half), (__m256d)none), (__m256d)most));
+  };
+  const __m128i words = _mm_packs_epi32(limited(low), limited(high));
+  return _mm_packus_epi16(words, words);
+#endif
+}
+
+// Adds the products of a vector of integers and a weight: to `low` those of the lower half, to `high` of the upper.
+[[gnu::always_inline]] inline void addExactly(F64& low, F64& high, I32 samples, F64 weight) {
+#if QAV_KERNEL_LEVEL >= 2
+  low += (F64)_mm512_cvtepi32_pd(_mm512_castsi512_si256((__m512i)samples)) * weight;
+  high += (F64)_mm512_cvtepi32_pd(_mm512_extracti64x4_epi64((__m512i)samples, 1)) * weight;
+#else
+  low += (F64)_mm256_cvtepi32_pd(_mm256_castsi256_si128((__m256i)samples)) * weight;
+  high += (F64)_mm256_cvtepi32_pd(_mm256_extracti128_si256((__m256i)samples, 1)) * weight;
 #endif
 }
 
@@ -115,11 +150,13 @@ struct Sum {
   [[gnu::always_inline]] I32 total() const { return kDigits == 3 ? (((high << 7) + middle) << 7) + low : low; }
 };
 
-// Rounded results of four sums; the lanes in which one of them is too close to call, and which of the four are so.
+// Rounded results of four sums; the lanes in which one of them is too close to call, which of the four are so, and
+// (where the level can make use of it) which of the bytes.
 struct Rounded {
   U8 bytes;
   std::uint32_t doubtful = 0;
   unsigned doubtfulSums = 0;
+  std::uint64_t doubtfulBytes = 0;
 };
 
 template <int kDigits>
@@ -134,9 +171,14 @@ template <int kDigits>
     const U32 f0 = (U32)t0 << whole, f1 = (U32)t1 << whole, f2 = (U32)t2 << whole, f3 = (U32)t3 << whole;
     const U32 doubt = splat<U32>(weights.doubt);
     rounded.doubtful = lanesBelow(min(min(f0, f1), min(f2, f3)), doubt);
-    if (rounded.doubtful) [[unlikely]]
+    if (rounded.doubtful) [[unlikely]] {
       rounded.doubtfulSums = (lanesBelow(f0, doubt) ? 1u : 0u) | (lanesBelow(f1, doubt) ? 2u : 0u) |
                              (lanesBelow(f2, doubt) ? 4u : 0u) | (lanesBelow(f3, doubt) ? 8u : 0u);
+#if QAV_KERNEL_LEVEL >= 3
+      rounded.doubtfulBytes =
+          signBits(packedSigns((I32)(f0 < doubt), (I32)(f1 < doubt), (I32)(f2 < doubt), (I32)(f3 < doubt)));
+#endif
+    }
   }
   return rounded;
 }
@@ -164,12 +206,31 @@ template <int kDigits>
   out[3] = (U8)high16(abHigh, cdHigh);
 }
 
+#if QAV_KERNEL_LEVEL >= 3
+// Sixteen doubtful columns at a time: with ratios that are rich in exact halves most blocks have about as many.
+[[gnu::noinline]] void decideColumns(const std::uint8_t* const* rows, std::size_t at, const ByteTaps& taps,
+                                     Rounded rounded, std::uint8_t* out) {
+  __m512i bytes = (__m512i)rounded.bytes;
+  for (std::uint64_t left = rounded.doubtfulBytes; left != 0;) {
+    const std::uint64_t which = _pdep_u64(0xFFFF, left);
+    left &= ~which;
+    F64 low{}, high{};
+    for (std::int32_t t = 0; t < taps.count; ++t) {
+      const __m512i samples = _mm512_maskz_compress_epi8(which, (__m512i)load<U8>(rows[t] + at));
+      addExactly(low, high, (I32)_mm512_cvtepu8_epi32(_mm512_castsi512_si128(samples)), splat<F64>(taps.weights[t]));
+    }
+    bytes = _mm512_mask_expand_epi8(bytes, which, _mm512_castsi128_si512(roundedBytes(low, high)));
+  }
+  store(out + at, (U8)bytes);
+}
+#else
 // Four lanes stand for sixteen columns.
 [[gnu::noinline]] void decideColumns(const std::uint8_t* const* rows, std::size_t at, const ByteTaps& taps,
-                                     std::uint32_t doubtful, std::uint8_t* out) {
-  for (; doubtful != 0; doubtful >>= 4, at += 16)
+                                     const Rounded& rounded, std::uint8_t* out) {
+  for (std::uint32_t doubtful = rounded.doubtful; doubtful != 0; doubtful >>= 4, at += 16)
     if (doubtful & 15) exactColumns<16>(rows, at, taps, out);
 }
+#endif
 
 template <int kDigits>
 [[gnu::always_inline]] inline void integerColumns(const std::uint8_t* const* rows, std::size_t at, const ByteTaps& taps,
@@ -187,7 +248,7 @@ template <int kDigits>
   const Rounded rounded = roundedSums(s0, s1, s2, s3, weights);
   store(out + at, rounded.bytes);
   if (rounded.doubtful) [[unlikely]]
-    decideColumns(rows, at, taps, rounded.doubtful, out);
+    decideColumns(rows, at, taps, rounded, out);
 }
 
 #endif
@@ -219,18 +280,21 @@ void columns(const std::uint8_t* const* rows, std::size_t samples, const ByteTap
 
 #if QAV_KERNEL_LEVEL >= 1
 
-// A row pass works on as many rows as a vector has 128-bit lanes. They are first brought into groups of four pixels:
-// in each lane of a group four reds, four greens, four blues and four alphas of one row.
-constexpr std::size_t kRows = kVectorBytes / 16;
+// A row pass works on as many rows as two vectors have 128-bit lanes, so that a weight is read once for both. They are
+// first brought into groups of four pixels: in each lane of a group four reds, four greens, four blues and four alphas
+// of one row. A group of the first rows stands beside that of the others.
+constexpr std::size_t kRowsOfVector = kVectorBytes / 16;
+constexpr std::size_t kRows = 2 * kRowsOfVector;
+constexpr std::size_t kGroupBytes = 2 * kVectorBytes;
 constexpr std::size_t kBlock = 4;
 
 std::size_t groupsOf(std::size_t pixels) { return (pixels + 3) / 4; }
 
 std::size_t rowScratch(std::size_t pixels, const ByteWeights& weights) {
-  return (groupsOf(pixels) + static_cast<std::size_t>(weights.maxGroups) + 1) * kVectorBytes;
+  return (groupsOf(pixels) + static_cast<std::size_t>(weights.maxGroups) + 1) * kGroupBytes;
 }
 
-[[gnu::always_inline]] inline U8 fromLanes(const __m128i (&lanes)[kRows]) {
+[[gnu::always_inline]] inline U8 fromLanes(const __m128i (&lanes)[kRowsOfVector]) {
 #if QAV_KERNEL_LEVEL >= 2
   const __m256i low = _mm256_inserti128_si256(_mm256_castsi128_si256(lanes[0]), lanes[1], 1);
   const __m256i high = _mm256_inserti128_si256(_mm256_castsi128_si256(lanes[2]), lanes[3], 1);
@@ -254,73 +318,104 @@ void gatherGroups(const std::uint8_t* const* in, std::size_t pixels, std::size_t
                                        : _mm_setr_epi8(0, 3, 6, 9, 1, 4, 7, 10, 2, 5, 8, 11, -1, -1, -1, -1);
   const std::size_t bytes = pixels * kChannels;
   std::size_t at = 0;
-  for (; at + 16 <= bytes; at += 4 * kChannels, groups += kVectorBytes) {
-    __m128i lanes[kRows];
-    for (std::size_t r = 0; r < kRows; ++r) lanes[r] = _mm_loadu_si128(reinterpret_cast<const __m128i*>(in[r] + at));
-    store(groups, shuffleLanes(fromLanes(lanes), order));
-  }
-  for (; at < bytes; at += 4 * kChannels, groups += kVectorBytes) {
-    __m128i lanes[kRows] = {};
-    for (std::size_t r = 0; r < kRows; ++r) std::memcpy(&lanes[r], in[r] + at, bytes - at < 16 ? bytes - at : 16);
-    store(groups, shuffleLanes(fromLanes(lanes), order));
-  }
-  std::memset(groups, 0, padding * kVectorBytes);
+  const auto gather = [&](auto loadLane) {
+    for (std::size_t first = 0; first < kRows; first += kRowsOfVector, groups += kVectorBytes) {
+      __m128i lanes[kRowsOfVector];
+      for (std::size_t r = 0; r < kRowsOfVector; ++r) lanes[r] = loadLane(in[first + r] + at);
+      store(groups, shuffleLanes(fromLanes(lanes), order));
+    }
+    at += 4 * kChannels;
+  };
+  while (at + 16 <= bytes)
+    gather([](const std::uint8_t* from) { return _mm_loadu_si128(reinterpret_cast<const __m128i*>(from)); });
+  while (at < bytes)
+    gather([&](const std::uint8_t* from) {
+      __m128i lane = _mm_setzero_si128();
+      std::memcpy(&lane, from, bytes - at < 16 ? bytes - at : 16);
+      return lane;
+    });
+  std::memset(groups, 0, padding * kGroupBytes);
 }
 
-// One pixel of all rows, four channels each, as bytes.
-void exactPixel(const std::uint8_t* groups, const ByteTaps& taps, std::uint8_t* out) {
+// One pixel of the rows of a vector, four channels each.
+[[gnu::always_inline]] inline __m128i exactPixel(const std::uint8_t* groups, const ByteTaps& taps) {
   F64 low{}, high{};
   for (std::int32_t t = 0; t < taps.count; ++t) {
     const std::int32_t j = taps.left + t;
-    const I32 bytes = (I32)(load<U32>(groups + static_cast<std::size_t>(j / 4) * kVectorBytes) >> (8 * (j % 4)) & 255u);
-    const F64 weight = splat<F64>(taps.weights[t]);
-#if QAV_KERNEL_LEVEL >= 2
-    low += (F64)_mm512_cvtepi32_pd(_mm512_castsi512_si256((__m512i)bytes)) * weight;
-    high += (F64)_mm512_cvtepi32_pd(_mm512_extracti64x4_epi64((__m512i)bytes, 1)) * weight;
-#else
-    low += (F64)_mm256_cvtepi32_pd(_mm256_castsi256_si128((__m256i)bytes)) * weight;
-    high += (F64)_mm256_cvtepi32_pd(_mm256_extracti128_si256((__m256i)bytes, 1)) * weight;
-#endif
+    const U32 group = load<U32>(groups + static_cast<std::size_t>(j / 4) * kGroupBytes);
+    addExactly(low, high, (I32)(group >> (8 * (j % 4)) & 255u), splat<F64>(taps.weights[t]));
   }
-  storeRounded(out, low);
-  storeRounded(out + kDoubles, high);
+  return roundedBytes(low, high);
+}
+
+// Makes the pixels of one column of a block those given: 32 bits of `pixels` for each row.
+[[gnu::always_inline]] inline U8 withPixels(U8 block, std::size_t column, __m128i pixels) {
+#if QAV_KERNEL_LEVEL >= 2
+  const __m512i order = _mm512_setr_epi32(0, 0, 0, 0, 1, 1, 1, 1, 2, 2, 2, 2, 3, 3, 3, 3);
+  return (U8)_mm512_mask_permutexvar_epi32((__m512i)block, static_cast<__mmask16>(0x1111u << column), order,
+                                           _mm512_castsi128_si512(pixels));
+#else
+  const __m256i order = _mm256_setr_epi32(0, 0, 0, 0, 1, 1, 1, 1), columns = _mm256_setr_epi32(0, 1, 2, 3, 0, 1, 2, 3);
+  const __m256i here = _mm256_cmpeq_epi32(columns, _mm256_set1_epi32(static_cast<int>(column)));
+  return (U8)_mm256_blendv_epi8((__m256i)block, _mm256_permutevar8x32_epi32(_mm256_castsi128_si256(pixels), order),
+                                here);
+#endif
 }
 
 // Decides the pixels of a four that `which` names; in each lane of `block` are the four pixels of one row.
 [[gnu::noinline]] U8 exactBlock(U8 block, const std::uint8_t* groups, const ByteTaps* taps, std::size_t count,
                                 unsigned which) {
-  alignas(kVectorBytes) std::uint8_t bytes[kVectorBytes];
-  store(bytes, block);
-  for (std::size_t p = 0; p < count; ++p) {
-    if (!(which >> p & 1u)) continue;
-    std::uint8_t pixel[4 * kRows];
-    exactPixel(groups, taps[p], pixel);
-    for (std::size_t r = 0; r < kRows; ++r) std::memcpy(bytes + 16 * r + 4 * p, pixel + 4 * r, 4);
+  for (std::size_t p = 0; p < count; ++p)
+    if (which >> p & 1u) block = withPixels(block, p, exactPixel(groups, taps[p]));
+  return block;
+}
+
+// For both vectors of rows.
+template <int kDigits>
+struct PixelSum {
+  Sum<kDigits> first, second;
+
+  [[gnu::always_inline]] PixelSum(const std::uint8_t* groups, const ByteTaps& taps)
+      : first(taps.bias), second(taps.bias) {
+    const std::uint8_t* from = groups + static_cast<std::size_t>(taps.firstGroup) * kGroupBytes;
+    const std::int32_t* digits = taps.digits;
+    for (std::int32_t g = 0; g < taps.groups; ++g, from += kGroupBytes, digits += kDigits) {
+      U8 bytes = load<U8>(from), others = load<U8>(from + kVectorBytes);
+#if QAV_KERNEL_LEVEL >= 3
+      // Keeps the compiler from reading the same bytes again for every digit.
+      __asm__("" : "+v"(bytes), "+v"(others));
+#endif
+      first.add(bytes, digits);
+      second.add(others, digits);
+    }
   }
-  return load<U8>(bytes);
-}
+};
 
-template <int kDigits>
-[[gnu::always_inline]] inline Sum<kDigits> pixelSum(const std::uint8_t* groups, const ByteTaps& taps) {
-  Sum<kDigits> sum(taps.bias);
-  const std::uint8_t* from = groups + static_cast<std::size_t>(taps.firstGroup) * kVectorBytes;
-  const std::int32_t* digits = taps.digits;
-  for (std::int32_t g = 0; g < taps.groups; ++g, from += kVectorBytes, digits += kDigits)
-    sum.add(load<U8>(from), digits);
-  return sum;
-}
+struct Block {
+  U8 first, second;
+};
 
-template <int kDigits>
-[[gnu::always_inline]] inline U8 integerBlock(const std::uint8_t* groups, const ByteTaps* taps, std::size_t count,
-                                              const ByteWeights& weights) {
-  const Sum<kDigits> s0 = pixelSum<kDigits>(groups, taps[0]);
-  const Sum<kDigits> s1 = pixelSum<kDigits>(groups, taps[count > 1 ? 1 : 0]);
-  const Sum<kDigits> s2 = pixelSum<kDigits>(groups, taps[count > 2 ? 2 : 0]);
-  const Sum<kDigits> s3 = pixelSum<kDigits>(groups, taps[count > 3 ? 3 : 0]);
-  const Rounded rounded = roundedSums(s0, s1, s2, s3, weights);
+[[gnu::always_inline]] inline U8 decidedBlock(const Rounded& rounded, const std::uint8_t* groups, const ByteTaps* taps,
+                                              std::size_t count) {
   if (rounded.doubtful) [[unlikely]]
     return exactBlock(rounded.bytes, groups, taps, count, rounded.doubtfulSums);
   return rounded.bytes;
+}
+
+template <int kDigits>
+[[gnu::always_inline]] inline Block integerBlock(const std::uint8_t* groups, const ByteTaps* taps, std::size_t count,
+                                                 const ByteWeights& weights) {
+  const PixelSum<kDigits> s0(groups, taps[0]);
+  const PixelSum<kDigits> s1(groups, taps[count > 1 ? 1 : 0]);
+  const PixelSum<kDigits> s2(groups, taps[count > 2 ? 2 : 0]);
+  const PixelSum<kDigits> s3(groups, taps[count > 3 ? 3 : 0]);
+  const Rounded first = roundedSums(s0.first, s1.first, s2.first, s3.first, weights);
+  const Rounded second = roundedSums(s0.second, s1.second, s2.second, s3.second, weights);
+  return {decidedBlock(first, groups, taps, count), decidedBlock(second, groups + kVectorBytes, taps, count)};
+}
+
+[[gnu::noinline]] Block exactBlocks(const std::uint8_t* groups, const ByteTaps* taps, std::size_t count) {
+  return {exactBlock(U8{}, groups, taps, count, 15), exactBlock(U8{}, groups + kVectorBytes, taps, count, 15)};
 }
 
 template <int kLane>
@@ -349,8 +444,8 @@ template <int kChannels>
   const std::size_t length = left >= 16 || left < kBlock * kChannels ? left : kBlock * kChannels;
   storeLane(out[0] + begin, laneOf<0>(block), length);
   if (rowCount > 1) storeLane(out[1] + begin, laneOf<1>(block), length);
-  if (kRows > 2 && rowCount > 2) storeLane(out[2] + begin, laneOf<2>(block), length);
-  if (kRows > 2 && rowCount > 3) storeLane(out[3] + begin, laneOf<3>(block), length);
+  if (kRowsOfVector > 2 && rowCount > 2) storeLane(out[2] + begin, laneOf<2>(block), length);
+  if (kRowsOfVector > 2 && rowCount > 3) storeLane(out[3] + begin, laneOf<3>(block), length);
 }
 
 template <int kChannels>
@@ -358,10 +453,12 @@ void rowsOf(const std::uint8_t* groups, const ByteTaps* taps, std::size_t count,
             std::size_t rowCount, std::uint8_t* const* out) {
   for (std::size_t x = 0; x < count; x += kBlock) {
     const std::size_t here = count - x < kBlock ? count - x : kBlock;
-    const U8 block = taps[x].sum == ByteSum::ThreeDigits ? integerBlock<3>(groups, taps + x, here, weights)
-                     : taps[x].sum == ByteSum::OneDigit  ? integerBlock<1>(groups, taps + x, here, weights)
-                                                         : exactBlock(U8{}, groups, taps + x, here, 15);
-    storeBlock<kChannels>(block, x, count, rowCount, out);
+    const Block block = taps[x].sum == ByteSum::ThreeDigits ? integerBlock<3>(groups, taps + x, here, weights)
+                        : taps[x].sum == ByteSum::OneDigit  ? integerBlock<1>(groups, taps + x, here, weights)
+                                                            : exactBlocks(groups, taps + x, here);
+    storeBlock<kChannels>(block.first, x, count, rowCount, out);
+    if (rowCount > kRowsOfVector)
+      storeBlock<kChannels>(block.second, x, count, rowCount - kRowsOfVector, out + kRowsOfVector);
   }
 }
 
