@@ -38,26 +38,51 @@ WholeWeights wholeWeights(const ConvolutionKernel& kernel) {
 
 // Up to this bound single precision holds every sum of whole numbers, in whatever order they are added.
 constexpr double kExactSums = 16777216.0;
-// Sums of weights up to this keep (sum + 1/2) / divisor farther from a whole number than the rounding of 1 / divisor
-// and of the product can move it.
-constexpr double kExactReciprocals = 4096.0;
-
 bool isPowerOfTwo(float v) {
   int exponent = 0;
   return std::fabs(std::frexp(v, &exponent)) == 0.5f;
 }
 
-// For sums in units of 2^exponent; `wholeSums` when they are whole numbers then.
-ConvolutionQuotient quotientBy(float divisor, bool wholeSums) {
-  const float reciprocal = 1.0f / divisor;
+float neighbour(float positive, int steps) {
+  return std::bit_cast<float>(std::bit_cast<std::int32_t>(positive) + steps);
+}
+
+// The least sum whose quotient, rounded, is at least n.
+float leastSumFor(float n, float divisor) {
+  float sum = n * divisor;
+  while (sum / divisor >= n) sum = neighbour(sum, -1);
+  while (sum / divisor < n) sum = neighbour(sum, 1);
+  return sum;
+}
+
+// Rounded quotients and refined products both grow with the sum, so that they truncate to the same bytes if they reach
+// each whole number at the same sum.
+bool truncatesAlike(const ConvolutionQuotient& q) {
+  const auto refined = [&](float sum) { return std::fma(sum, q.reciprocal, sum * q.rest); };
+  for (int n = 1; n <= 255; ++n) {
+    const auto whole = static_cast<float>(n);
+    const float least = leastSumFor(whole, q.divisor);
+    if (refined(least) < whole || refined(neighbour(least, -1)) >= whole) return false;
+  }
+  return true;
+}
+
+ConvolutionQuotient refinedQuotient(float positive) {
+  float reciprocal = 1.0f / positive;
+  if (std::fma(reciprocal, positive, -1.0f) > 0.0f) reciprocal = neighbour(reciprocal, -1);
+  const float rest = -std::fma(reciprocal, positive, -1.0f) / positive;
+  return {ConvolutionQuotient::Refine, positive, reciprocal, rest};
+}
+
+ConvolutionQuotient quotientBy(float divisor) {
   // By 0 every quotient is infinite or not a number, and so is the product.
-  if (divisor == 0.0f) return {ConvolutionQuotient::Multiply, divisor, reciprocal, 0.0f};
+  if (divisor == 0.0f) return {ConvolutionQuotient::Multiply, divisor, 1.0f / divisor, 0.0f};
   const float size = std::fabs(divisor);
   if (size < 0x1p-100f || size > 0x1p100f) return {ConvolutionQuotient::Divide, divisor, 0.0f, 0.0f};
-  if (isPowerOfTwo(divisor)) return {ConvolutionQuotient::Multiply, divisor, reciprocal, 0.0f};
-  if (wholeSums && size <= kExactReciprocals)
-    return {ConvolutionQuotient::Multiply, divisor, reciprocal, std::copysign(0.5f, divisor)};
-  return {ConvolutionQuotient::Check, divisor, reciprocal, 0.0f};
+  if (isPowerOfTwo(divisor)) return {ConvolutionQuotient::Multiply, divisor, 1.0f / divisor, 0.0f};
+  const ConvolutionQuotient q = refinedQuotient(size);
+  if (!(q.rest > 0.0f) || !truncatesAlike(q)) return {ConvolutionQuotient::Divide, divisor, 0.0f, 0.0f};
+  return {q.way, divisor, std::copysign(q.reciprocal, divisor), std::copysign(q.rest, divisor)};
 }
 
 std::uint32_t lane(const float* weights, std::int64_t count, int tapsPerLane, int exponent) {
@@ -80,7 +105,7 @@ ConvolutionPlan planConvolution(const ConvolutionKernel& kernel, float sum, std:
   const bool pairs = exact && whole.largest <= 32767;
   const bool quads = exact && whole.largest <= 127 && ways.quads.tapsPerLane > 0;
   ConvolutionPlan plan{quads ? &ways.quads : pairs ? &ways.pairs : &ways.floats, {}, {}, 0};
-  plan.quotient = quotientBy(pairs ? std::ldexp(sum, -whole.exponent) : sum, pairs);
+  plan.quotient = quotientBy(pairs ? std::ldexp(sum, -whole.exponent) : sum);
 
   const int tapsPerLane = plan.arithmetic->tapsPerLane;
   const std::int64_t taps = 2 * reachX + 1;

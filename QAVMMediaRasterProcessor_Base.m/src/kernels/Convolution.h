@@ -9,14 +9,14 @@ namespace qav::kernels {
 /// not-a-number as 0.
 struct ConvolutionQuotient {
   enum Way : std::int32_t {
-    Multiply,  ///< (sum + bias) * reciprocal truncates to the same byte for every sum there can be
-    Check,     ///< sum * reciprocal does, unless it comes near a whole number; those quotients are divided
+    Multiply,  ///< sum * reciprocal truncates to the same byte for every sum there can be
+    Refine,    ///< sum * reciprocal + sum * rest does, rounded only after the second product and after the sum
     Divide,
   };
   Way way;
   float divisor;
   float reciprocal;
-  float bias;
+  float rest;  ///< what the reciprocal lacks, of the same sign; not 0 if it is to be used
 };
 
 /// One row of results of a convolution of RGBA samples, or three neighbouring ones if the kernel has at least three.

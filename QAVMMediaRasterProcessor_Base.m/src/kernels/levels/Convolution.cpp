@@ -149,38 +149,6 @@ template <class A, int taps, int results>
   return sums;
 }
 
-[[gnu::always_inline]] inline F32 fraction(F32 v) {
-#if QAV_KERNEL_LEVEL >= 2
-  return (F32)_mm512_reduce_ps((__m512)v, _MM_FROUND_TO_NEG_INF | _MM_FROUND_NO_EXC);
-#elif QAV_KERNEL_LEVEL == 1
-  return v - (F32)_mm256_floor_ps((__m256)v);
-#else
-  return v - toFloat(truncate(v));
-#endif
-}
-
-// The part of an estimate that lies above the next lower whole number, after adding `margin`; not small outside 1..255.
-[[gnu::always_inline]] inline F32 partAbove(F32 estimate, float margin) {
-  return fraction(min(max(estimate, splat<F32>(0.5f)), splat<F32>(256.5f)) + splat<F32>(margin));
-}
-
-// The estimates are off by less than 3 parts in 2^24 from the rounded quotients, both below 256 where it matters; so
-// they truncate alike unless they lie within 2^-14 of a whole number above 0. True if any does.
-[[gnu::always_inline]] inline bool nearWholeNumber(const Block<F32>& v) {
-  constexpr float margin = 1.0f / 16384;
-  const F32 least =
-      min(min(partAbove(v.v0, margin), partAbove(v.v1, margin)), min(partAbove(v.v2, margin), partAbove(v.v3, margin)));
-#if QAV_KERNEL_LEVEL >= 2
-  return _mm512_cmplt_ps_mask((__m512)least, _mm512_set1_ps(2 * margin)) != 0;
-#elif QAV_KERNEL_LEVEL == 1
-  return _mm256_movemask_ps(_mm256_cmp_ps((__m256)least, _mm256_set1_ps(2 * margin), _CMP_LT_OQ)) != 0;
-#else
-  bool any = false;
-  for (std::size_t i = 0; i < kLanes<F32>; ++i) any = any || least[i] < 2 * margin;
-  return any;
-#endif
-}
-
 #if QAV_KERNEL_LEVEL >= 2
 // Conversions that cannot be done give the least number, and packing clamps from below. In this order of arguments
 // min() keeps not-a-number, which becomes 0 so.
@@ -209,16 +177,30 @@ template <class A, int taps, int results>
 #endif
 }
 
-[[gnu::always_inline]] inline Block<F32> quotients(const Block<F32>& sums, const ConvolutionQuotient& q) {
-  if (q.way != ConvolutionQuotient::Divide) {
-    const F32 reciprocal = splat<F32>(q.reciprocal), bias = splat<F32>(q.bias);
-    const Block<F32> v = {(sums.v0 + bias) * reciprocal, (sums.v1 + bias) * reciprocal, (sums.v2 + bias) * reciprocal,
-                          (sums.v3 + bias) * reciprocal};
-    if (q.way == ConvolutionQuotient::Multiply) return v;
-    if (!nearWholeNumber(v)) return v;
+#if QAV_KERNEL_LEVEL >= 1
+// a * b + c, rounded once.
+[[gnu::always_inline]] inline F32 fused(F32 a, F32 b, F32 c) {
+#if QAV_KERNEL_LEVEL >= 2
+  return (F32)_mm512_fmadd_ps((__m512)a, (__m512)b, (__m512)c);
+#else
+  return (F32)_mm256_fmadd_ps((__m256)a, (__m256)b, (__m256)c);
+#endif
+}
+#endif
+
+[[gnu::always_inline]] inline Block<F32> quotients(const Block<F32>& s, const ConvolutionQuotient& q) {
+  const F32 reciprocal = splat<F32>(q.reciprocal);
+  if (q.way == ConvolutionQuotient::Multiply)
+    return {s.v0 * reciprocal, s.v1 * reciprocal, s.v2 * reciprocal, s.v3 * reciprocal};
+#if QAV_KERNEL_LEVEL >= 1
+  if (q.way == ConvolutionQuotient::Refine) {
+    const F32 rest = splat<F32>(q.rest);
+    return {fused(s.v0, reciprocal, s.v0 * rest), fused(s.v1, reciprocal, s.v1 * rest),
+            fused(s.v2, reciprocal, s.v2 * rest), fused(s.v3, reciprocal, s.v3 * rest)};
   }
+#endif
   const F32 divisor = splat<F32>(q.divisor);
-  return {sums.v0 / divisor, sums.v1 / divisor, sums.v2 / divisor, sums.v3 / divisor};
+  return {s.v0 / divisor, s.v1 / divisor, s.v2 / divisor, s.v3 / divisor};
 }
 
 template <class A>
