@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <bit>
 #include <cmath>
+#include <optional>
 
 namespace qav {
 namespace {
@@ -38,34 +39,84 @@ WholeWeights wholeWeights(const ConvolutionKernel& kernel) {
 
 // Up to this bound single precision holds every sum of whole numbers, in whatever order they are added.
 constexpr double kExactSums = 16777216.0;
-// Sums of weights up to this keep (sum + 1/2) / divisor farther from a whole number than the rounding of 1 / divisor
-// and of the product can move it.
-constexpr double kExactReciprocals = 4096.0;
-
 bool isPowerOfTwo(float v) {
   int exponent = 0;
   return std::fabs(std::frexp(v, &exponent)) == 0.5f;
 }
 
-// For sums in units of 2^exponent; `wholeSums` when they are whole numbers then.
-ConvolutionQuotient quotientBy(float divisor, bool wholeSums) {
-  const float reciprocal = 1.0f / divisor;
-  // By 0 every quotient is infinite or not a number, and so is the product.
-  if (divisor == 0.0f) return {ConvolutionQuotient::Multiply, divisor, reciprocal, 0.0f};
-  const float size = std::fabs(divisor);
-  if (size < 0x1p-100f || size > 0x1p100f) return {ConvolutionQuotient::Divide, divisor, 0.0f, 0.0f};
-  if (isPowerOfTwo(divisor)) return {ConvolutionQuotient::Multiply, divisor, reciprocal, 0.0f};
-  if (wholeSums && size <= kExactReciprocals)
-    return {ConvolutionQuotient::Multiply, divisor, reciprocal, std::copysign(0.5f, divisor)};
-  return {ConvolutionQuotient::Check, divisor, reciprocal, 0.0f};
+float neighbour(float positive, int steps) {
+  return std::bit_cast<float>(std::bit_cast<std::int32_t>(positive) + steps);
 }
 
-std::uint32_t lane(const float* weights, std::int64_t count, int tapsPerLane, int exponent) {
+// The least sum whose quotient, rounded, is at least n.
+float leastSumFor(float n, float divisor) {
+  float sum = n * divisor;
+  while (sum / divisor >= n) sum = neighbour(sum, -1);
+  while (sum / divisor < n) sum = neighbour(sum, 1);
+  return sum;
+}
+
+// Rounded quotients and refined products both grow with the sum, so that they truncate to the same bytes if they reach
+// each whole number at the same sum.
+bool truncatesAlike(const ConvolutionQuotient& q) {
+  const auto refined = [&](float sum) { return std::fma(sum, q.reciprocal, sum * q.rest); };
+  for (int n = 1; n <= 255; ++n) {
+    const auto whole = static_cast<float>(n);
+    const float least = leastSumFor(whole, q.divisor);
+    if (refined(least) < whole || refined(neighbour(least, -1)) >= whole) return false;
+  }
+  return true;
+}
+
+ConvolutionQuotient refinedQuotient(float positive) {
+  float reciprocal = 1.0f / positive;
+  if (std::fma(reciprocal, positive, -1.0f) > 0.0f) reciprocal = neighbour(reciprocal, -1);
+  const float rest = -std::fma(reciprocal, positive, -1.0f) / positive;
+  return {ConvolutionQuotient::Refine, positive, reciprocal, rest, 0, 0};
+}
+
+ConvolutionQuotient quotientBy(float divisor) {
+  // By 0 every quotient is infinite or not a number, and so is the product.
+  if (divisor == 0.0f) return {ConvolutionQuotient::Multiply, divisor, 1.0f / divisor, 0.0f, 0, 0};
+  const float size = std::fabs(divisor);
+  if (size < 0x1p-100f || size > 0x1p100f) return {ConvolutionQuotient::Divide, divisor, 0.0f, 0.0f, 0, 0};
+  if (isPowerOfTwo(divisor)) return {ConvolutionQuotient::Multiply, divisor, 1.0f / divisor, 0.0f, 0, 0};
+  const ConvolutionQuotient q = refinedQuotient(size);
+  if (!(q.rest > 0.0f) || !truncatesAlike(q)) return {ConvolutionQuotient::Divide, divisor, 0.0f, 0.0f, 0, 0};
+  return {q.way, divisor, std::copysign(q.reciprocal, divisor), std::copysign(q.rest, divisor), 0, 0};
+}
+
+ConvolutionQuotient wordQuotient(std::uint32_t divisor, std::uint32_t shift) {
+  const std::uint32_t factor = ((65536u << shift) + divisor - 1) / divisor;
+  return {ConvolutionQuotient::Words, 0.0f, 0.0f, 0.0f, static_cast<std::uint16_t>(factor),
+          static_cast<std::uint16_t>(shift)};
+}
+
+// True if the results reach each of 1..255 at the same sum as the quotients.
+bool truncatesAlike(const ConvolutionQuotient& q, std::uint32_t divisor) {
+  const auto result = [&](std::uint32_t sum) { return sum * q.factor >> 16 >> q.shift; };
+  for (std::uint32_t n = 1; n <= 255; ++n)
+    if (result(n * divisor) < n || result(n * divisor - 1) >= n) return false;
+  return true;
+}
+
+// By a whole divisor, for whole sums, if it can be done in 16 bits. Sums of 65536 and more give at least 255 like
+// 65535, if 257 is the largest divisor. The quotient in single precision truncates like the exact one: that is further
+// below a whole number, if at all, than it is rounded by. By 1 the product would not fit.
+std::optional<ConvolutionQuotient> wordQuotientBy(double divisor) {
+  if (divisor < 2 || divisor > 257) return std::nullopt;
+  const auto whole = static_cast<std::uint32_t>(divisor);
+  for (std::uint32_t shift = 0; 65536u << shift <= 65535u * whole; ++shift)
+    if (const auto q = wordQuotient(whole, shift); truncatesAlike(q, whole)) return q;
+  return std::nullopt;
+}
+
+std::uint32_t lane(const float* weights, std::int64_t count, int tapsPerLane, double scale) {
   if (tapsPerLane == 1) return std::bit_cast<std::uint32_t>(weights[0]);
   const int bits = 32 / tapsPerLane;
   std::uint32_t packed = 0;
   for (int k = 0; k < tapsPerLane && k < count; ++k) {
-    const auto multiple = static_cast<std::int32_t>(std::ldexp(weights[k], -exponent));
+    const auto multiple = static_cast<std::int32_t>(weights[k] * scale);
     packed |= (static_cast<std::uint32_t>(multiple) & ((1u << bits) - 1u)) << (k * bits);
   }
   return packed;
@@ -80,14 +131,23 @@ ConvolutionPlan planConvolution(const ConvolutionKernel& kernel, float sum, std:
   const bool pairs = exact && whole.largest <= 32767;
   const bool quads = exact && whole.largest <= 127 && ways.quads.tapsPerLane > 0;
   ConvolutionPlan plan{quads ? &ways.quads : pairs ? &ways.pairs : &ways.floats, {}, {}, 0};
-  plan.quotient = quotientBy(pairs ? std::ldexp(sum, -whole.exponent) : sum, pairs);
+  double scale = std::ldexp(1.0, -whole.exponent);
+  plan.quotient = quotientBy(pairs ? static_cast<float>(sum * scale) : sum);
+  if (quads) {
+    // The same quotients come from weights of the other sign, or twice as large.
+    const double wordScale = std::copysign(std::fabs(sum * scale) == 1 && whole.largest <= 63 ? 2 * scale : scale, sum);
+    if (const auto quotient = wordQuotientBy(sum * wordScale)) {
+      plan.quotient = *quotient;
+      scale = wordScale;
+    }
+  }
 
   const int tapsPerLane = plan.arithmetic->tapsPerLane;
   const std::int64_t taps = 2 * reachX + 1;
   plan.weightStride = static_cast<std::size_t>((taps + tapsPerLane - 1) / tapsPerLane);
   for (std::int64_t dy = -reachY; dy <= reachY; ++dy)
     for (std::int64_t t = 0; t < taps; t += tapsPerLane)
-      plan.weights.push_back(lane(kernel.at(dy, t - reachX), taps - t, tapsPerLane, whole.exponent));
+      plan.weights.push_back(lane(kernel.at(dy, t - reachX), taps - t, tapsPerLane, scale));
   return plan;
 }
 

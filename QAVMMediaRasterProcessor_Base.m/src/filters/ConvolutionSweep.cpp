@@ -17,15 +17,18 @@ ConvolutionSweep::ConvolutionSweep(unsigned char* pixels, int width, int height,
       plan_(planConvolution(kernel, weightSum, reachX_, reachY_)),
       padded_((count_ + 8 * static_cast<std::size_t>(reachX_) + ConvolutionRows::kSlack + 15) / 16 * 16),
       ringRows_(std::min<std::int64_t>(2 * reachY_ + ConvolutionRows::kMostResults, height)),
-      ringStride_(padded_ + 16),
+      ringStride_((padded_ + 16) * plan_.arithmetic->sampleBytes),
       staged_(makeAlignedArray<unsigned char>(padded_ + 64)),
-      ring_(makeAlignedArray<std::uint32_t>(static_cast<std::size_t>(ringRows_) * ringStride_)) {
+      ring_(makeAlignedArray<unsigned char>(static_cast<std::size_t>(ringRows_) * ringStride_)) {
   std::fill_n(staged_.get(), padded_ + 64, static_cast<unsigned char>(0));
+  std::fill_n(ring_.get(), static_cast<std::size_t>(ringRows_) * ringStride_, static_cast<unsigned char>(0));
 }
 
 void ConvolutionSweep::widenRow(std::int64_t y) {
-  std::memcpy(staged_.get() + 4 * reachX_, row(y), count_);
-  plan_.arithmetic->widen(staged_.get(), padded_, ringRow(y));
+  const auto widen = plan_.arithmetic->widen;
+  unsigned char* const bytes = widen ? staged_.get() : ringRow(y);
+  std::memcpy(bytes + 4 * reachX_, row(y), count_);
+  if (widen) widen(bytes, padded_, ringRow(y));
 }
 
 void ConvolutionSweep::convolveRows(std::int64_t y, int results) {

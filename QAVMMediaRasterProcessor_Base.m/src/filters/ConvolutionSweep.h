@@ -18,7 +18,7 @@ class ConvolutionSweep {
   void widenRow(std::int64_t y);
   void convolveRows(std::int64_t y, int results);
   unsigned char* row(std::int64_t y) { return pixels_ + static_cast<std::size_t>(y) * count_; }
-  std::uint32_t* ringRow(std::int64_t y) { return ring_.get() + static_cast<std::size_t>(y % ringRows_) * ringStride_; }
+  unsigned char* ringRow(std::int64_t y) { return ring_.get() + static_cast<std::size_t>(y % ringRows_) * ringStride_; }
 
   unsigned char* pixels_;
   std::int64_t height_;
@@ -29,10 +29,10 @@ class ConvolutionSweep {
   ConvolutionPlan plan_;
   std::size_t padded_;  ///< samples of a row with the zeros at its ends
   std::int64_t ringRows_;
-  std::size_t ringStride_;
+  std::size_t ringStride_;  ///< in bytes
   AlignedArray<unsigned char> staged_;
-  AlignedArray<std::uint32_t> ring_;
-  std::vector<const std::uint32_t*> sources_;
+  AlignedArray<unsigned char> ring_;
+  std::vector<const unsigned char*> sources_;
 };
 
 }  // namespace qav

@@ -9,24 +9,27 @@ namespace qav::kernels {
 /// not-a-number as 0.
 struct ConvolutionQuotient {
   enum Way : std::int32_t {
-    Multiply,  ///< (sum + bias) * reciprocal truncates to the same byte for every sum there can be
-    Check,     ///< sum * reciprocal does, unless it comes near a whole number; those quotients are divided
+    Multiply,  ///< sum * reciprocal truncates to the same byte for every sum there can be
+    Refine,    ///< sum * reciprocal + sum * rest does, rounded only after the second product and after the sum
     Divide,
+    Words,  ///< for quads: the sum clamped to 16 unsigned bits, times `factor`, without the low 16 + `shift` bits, does
   };
   Way way;
   float divisor;
   float reciprocal;
-  float bias;
+  float rest;  ///< what the reciprocal lacks, of the same sign; not 0 if it is to be used
+  std::uint16_t factor;
+  std::uint16_t shift;
 };
 
 /// One row of results of a convolution of RGBA samples, or three neighbouring ones if the kernel has at least three.
-/// Source samples stand in lanes of 32 bits, which hold one or more taps; so do the weights.
+/// Sums and weights stand in lanes of 32 bits; a lane of weights holds those of one or more taps.
 struct ConvolutionRows {
   static constexpr int kMostResults = 3;
-  /// Samples that lanes are readable for beyond those that the taps of the last sample need.
+  /// Samples that are readable beyond those that the taps of the last sample need.
   static constexpr std::size_t kSlack = 128;
 
-  const std::uint32_t* const* rows;  ///< source rows from top to bottom; sample i's first tap is in rows[r][i]
+  const std::uint8_t* const* rows;  ///< source rows from top to bottom; sample i's first tap is sample i of its row
   std::ptrdiff_t rowCount;
   const std::uint32_t* weights;  ///< all rows of the kernel
   std::ptrdiff_t weightRows;
@@ -41,8 +44,9 @@ struct ConvolutionRows {
 /// One way to hold taps in lanes.
 struct ConvolutionArithmetic {
   int tapsPerLane;  ///< lane i holds the samples i, i + 4, i + 8 ...; 0 when this level does not have it
-  /// Lanes from bytes, which are readable for 64 bytes behind the last sample.
-  void (*widen)(const std::uint8_t* bytes, std::size_t count, std::uint32_t* lanes);
+  std::size_t sampleBytes;  ///< of the rows: 4 when they hold lanes, 1 when lanes are made of them while summing
+  /// Lanes from bytes, which are readable for 64 bytes behind the last sample. Null when rows hold bytes.
+  void (*widen)(const std::uint8_t* bytes, std::size_t count, std::uint8_t* lanes);
   void (*convolve)(const ConvolutionRows& rows);
 };
 

@@ -11,6 +11,7 @@ namespace {
 struct Floats {
   using Sum = F32;
   static constexpr int kTaps = 1;
+  static constexpr std::size_t kSampleBytes = 4;
   static constexpr int kUnrolled[] = {3, 5, 7};
   [[gnu::always_inline]] static U32 widened(const std::uint8_t* at) { return (U32)toFloat(loadWidened32(at)); }
   [[gnu::always_inline]] static Sum added(Sum sum, U32 samples, U32 weights) {
@@ -22,6 +23,7 @@ struct Floats {
 struct Pairs {
   using Sum = I32;
   static constexpr int kTaps = 2;
+  static constexpr std::size_t kSampleBytes = 4;
   static constexpr int kUnrolled[] = {2, 3, 4};
   [[gnu::always_inline]] static U32 widened(const std::uint8_t* at) {
     return (U32)(loadWidened32(at) | loadWidened32(at + 4) << 16);
@@ -37,16 +39,16 @@ struct Pairs {
 };
 
 #if QAV_KERNEL_LEVEL >= 3
+// Rows hold bytes. A vector has the sums of every fourth pixel, so that the lanes are made within quarters of a vector
+// and packing brings the results into order.
 struct Quads {
   using Sum = I32;
   static constexpr int kTaps = 4;
+  static constexpr std::size_t kSampleBytes = 1;
   static constexpr int kUnrolled[] = {1, 2, 3};
-  [[gnu::always_inline]] static U32 widened(const std::uint8_t* at) {
-    const __m512i lane =
-        _mm512_add_epi32(_mm512_mullo_epi32(_mm512_setr_epi32(0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15),
-                                            _mm512_set1_epi32(0x01010101)),
-                         _mm512_set1_epi32(0x0C080400));
-    return (U32)_mm512_permutexvar_epi8(lane, _mm512_loadu_si512(at));
+  [[gnu::always_inline]] static U32 lanes(const std::uint8_t* at) {
+    const __m128i transposed = _mm_setr_epi8(0, 4, 8, 12, 1, 5, 9, 13, 2, 6, 10, 14, 3, 7, 11, 15);
+    return (U32)_mm512_shuffle_epi8(_mm512_loadu_si512(at), _mm512_broadcast_i32x4(transposed));
   }
   [[gnu::always_inline]] static Sum added(Sum sum, U32 samples, U32 weights) {
     return (I32)_mm512_dpbusd_epi32((__m512i)sum, (__m512i)samples, (__m512i)weights);
@@ -56,8 +58,8 @@ struct Quads {
 #endif
 
 template <class A>
-void widen(const std::uint8_t* bytes, std::size_t count, std::uint32_t* lanes) {
-  for (std::size_t i = 0; i < count; i += kLanes<U32>) store(lanes + i, A::widened(bytes + i));
+void widen(const std::uint8_t* bytes, std::size_t count, std::uint8_t* lanes) {
+  for (std::size_t i = 0; i < count; i += kLanes<U32>) store(lanes + 4 * i, A::widened(bytes + i));
 }
 
 // Four vectors of each row of results are summed at the same time: every load serves all rows, and the sums are enough
@@ -91,10 +93,16 @@ template <class A>
   sums.v3 = inRegister(A::added(sums.v3, samples.v3, weight));
 }
 
-[[gnu::always_inline]] inline Block<U32> samplesAt(const std::uint32_t* at) {
-  constexpr std::size_t lanes = kLanes<U32>;
-  return {inRegister(load<U32>(at)), inRegister(load<U32>(at + lanes)), inRegister(load<U32>(at + 2 * lanes)),
-          inRegister(load<U32>(at + 3 * lanes))};
+template <class A>
+[[gnu::always_inline]] inline Block<U32> samplesAt(const std::uint8_t* at) {
+  if constexpr (A::kSampleBytes == 1) {
+    return {inRegister(A::lanes(at)), inRegister(A::lanes(at + 4)), inRegister(A::lanes(at + 8)),
+            inRegister(A::lanes(at + 12))};
+  } else {
+    constexpr std::size_t n = sizeof(U32);
+    return {inRegister(load<U32>(at)), inRegister(load<U32>(at + n)), inRegister(load<U32>(at + 2 * n)),
+            inRegister(load<U32>(at + 3 * n))};
+  }
 }
 
 template <class A>
@@ -103,9 +111,9 @@ struct Sums {
 };
 
 template <class A, int from, int to>
-[[gnu::always_inline]] inline void addTaps(Sums<A>& sums, const std::uint32_t* at, const std::uint32_t* weights,
+[[gnu::always_inline]] inline void addTaps(Sums<A>& sums, const std::uint8_t* at, const std::uint32_t* weights,
                                            std::ptrdiff_t stride) {
-  const Block<U32> samples = samplesAt(at);
+  const Block<U32> samples = samplesAt<A>(at);
   if constexpr (from == 0) addTap<A>(sums.first, samples, weights[0]);
   if constexpr (from <= 1 && to >= 1) addTap<A>(sums.second, samples, weights[-stride]);
   if constexpr (to == 2) addTap<A>(sums.third, samples, weights[-2 * stride]);
@@ -114,13 +122,14 @@ template <class A, int from, int to>
 // Adds one source row's taps to the results `from` to `to`. `taps` is how many lanes of weights a row has, or 0 when
 // the loop is not unrolled.
 template <class A, int taps, int from, int to>
-[[gnu::always_inline]] inline void addRow(Sums<A>& sums, const std::uint32_t* at, const std::uint32_t* weights,
+[[gnu::always_inline]] inline void addRow(Sums<A>& sums, const std::uint8_t* at, const std::uint32_t* weights,
                                           std::ptrdiff_t stride) {
+  constexpr int step = 4 * A::kTaps * static_cast<int>(A::kSampleBytes);
   if constexpr (taps > 0) {
 #pragma GCC unroll 8
-    for (int t = 0; t < taps; ++t) addTaps<A, from, to>(sums, at + 4 * A::kTaps * t, weights + t, taps);
+    for (int t = 0; t < taps; ++t) addTaps<A, from, to>(sums, at + step * t, weights + t, taps);
   } else {
-    for (std::ptrdiff_t t = 0; t < stride; ++t) addTaps<A, from, to>(sums, at + 4 * A::kTaps * t, weights + t, stride);
+    for (std::ptrdiff_t t = 0; t < stride; ++t) addTaps<A, from, to>(sums, at + step * t, weights + t, stride);
   }
 }
 
@@ -131,7 +140,8 @@ template <class A, int taps, int from, int to>
 template <class A, int taps, int results>
 [[gnu::always_inline]] inline Sums<A> sumsAt(const ConvolutionRows& c, std::size_t i) {
   Sums<A> sums{};
-  const std::uint32_t* const* row = c.rows;
+  const std::uint8_t* const* row = c.rows;
+  i *= A::kSampleBytes;
   const auto stride = static_cast<std::ptrdiff_t>(c.weightStride);
   std::ptrdiff_t top = c.firstWeightRow;
   const std::ptrdiff_t end = top + c.rowCount;
@@ -149,38 +159,6 @@ template <class A, int taps, int results>
   return sums;
 }
 
-[[gnu::always_inline]] inline F32 fraction(F32 v) {
-#if QAV_KERNEL_LEVEL >= 2
-  return (F32)_mm512_reduce_ps((__m512)v, _MM_FROUND_TO_NEG_INF | _MM_FROUND_NO_EXC);
-#elif QAV_KERNEL_LEVEL == 1
-  return v - (F32)_mm256_floor_ps((__m256)v);
-#else
-  return v - toFloat(truncate(v));
-#endif
-}
-
-// The part of an estimate that lies above the next lower whole number, after adding `margin`; not small outside 1..255.
-[[gnu::always_inline]] inline F32 partAbove(F32 estimate, float margin) {
-  return fraction(min(max(estimate, splat<F32>(0.5f)), splat<F32>(256.5f)) + splat<F32>(margin));
-}
-
-// The estimates are off by less than 3 parts in 2^24 from the rounded quotients, both below 256 where it matters; so
-// they truncate alike unless they lie within 2^-14 of a whole number above 0. True if any does.
-[[gnu::always_inline]] inline bool nearWholeNumber(const Block<F32>& v) {
-  constexpr float margin = 1.0f / 16384;
-  const F32 least =
-      min(min(partAbove(v.v0, margin), partAbove(v.v1, margin)), min(partAbove(v.v2, margin), partAbove(v.v3, margin)));
-#if QAV_KERNEL_LEVEL >= 2
-  return _mm512_cmplt_ps_mask((__m512)least, _mm512_set1_ps(2 * margin)) != 0;
-#elif QAV_KERNEL_LEVEL == 1
-  return _mm256_movemask_ps(_mm256_cmp_ps((__m256)least, _mm256_set1_ps(2 * margin), _CMP_LT_OQ)) != 0;
-#else
-  bool any = false;
-  for (std::size_t i = 0; i < kLanes<F32>; ++i) any = any || least[i] < 2 * margin;
-  return any;
-#endif
-}
-
 #if QAV_KERNEL_LEVEL >= 2
 // Conversions that cannot be done give the least number, and packing clamps from below. In this order of arguments
 // min() keeps not-a-number, which becomes 0 so.
@@ -195,12 +173,16 @@ template <class A, int taps, int results>
 #endif
 
 // Truncates and clamps to bytes.
+template <class A>
 [[gnu::always_inline]] inline void storeBytes(const Block<F32>& v, std::uint8_t* out) {
 #if QAV_KERNEL_LEVEL >= 2
   const __m512i low = _mm512_packus_epi32(wholeUpTo255(v.v0), wholeUpTo255(v.v1));
   const __m512i high = _mm512_packus_epi32(wholeUpTo255(v.v2), wholeUpTo255(v.v3));
-  const __m512i order = _mm512_setr_epi32(0, 4, 8, 12, 1, 5, 9, 13, 2, 6, 10, 14, 3, 7, 11, 15);
-  _mm512_storeu_si512(out, _mm512_permutexvar_epi32(order, _mm512_packus_epi16(low, high)));
+  __m512i bytes = _mm512_packus_epi16(low, high);
+  if constexpr (A::kSampleBytes > 1)
+    bytes =
+        _mm512_permutexvar_epi32(_mm512_setr_epi32(0, 4, 8, 12, 1, 5, 9, 13, 2, 6, 10, 14, 3, 7, 11, 15), bytes);
+  _mm512_storeu_si512(out, bytes);
 #else
   storeVector(out, v.v0);
   storeVector(out + kLanes<F32>, v.v1);
@@ -209,27 +191,63 @@ template <class A, int taps, int results>
 #endif
 }
 
-[[gnu::always_inline]] inline Block<F32> quotients(const Block<F32>& sums, const ConvolutionQuotient& q) {
-  if (q.way != ConvolutionQuotient::Divide) {
-    const F32 reciprocal = splat<F32>(q.reciprocal), bias = splat<F32>(q.bias);
-    const Block<F32> v = {(sums.v0 + bias) * reciprocal, (sums.v1 + bias) * reciprocal, (sums.v2 + bias) * reciprocal,
-                          (sums.v3 + bias) * reciprocal};
-    if (q.way == ConvolutionQuotient::Multiply) return v;
-    if (!nearWholeNumber(v)) return v;
+#if QAV_KERNEL_LEVEL >= 1
+// a * b + c, rounded once.
+[[gnu::always_inline]] inline F32 fused(F32 a, F32 b, F32 c) {
+#if QAV_KERNEL_LEVEL >= 2
+  return (F32)_mm512_fmadd_ps((__m512)a, (__m512)b, (__m512)c);
+#else
+  return (F32)_mm256_fmadd_ps((__m256)a, (__m256)b, (__m256)c);
+#endif
+}
+#endif
+
+[[gnu::always_inline]] inline Block<F32> quotients(const Block<F32>& s, const ConvolutionQuotient& q) {
+  const F32 reciprocal = splat<F32>(q.reciprocal);
+  if (q.way == ConvolutionQuotient::Multiply)
+    return {s.v0 * reciprocal, s.v1 * reciprocal, s.v2 * reciprocal, s.v3 * reciprocal};
+#if QAV_KERNEL_LEVEL >= 1
+  if (q.way == ConvolutionQuotient::Refine) {
+    const F32 rest = splat<F32>(q.rest);
+    return {fused(s.v0, reciprocal, s.v0 * rest), fused(s.v1, reciprocal, s.v1 * rest),
+            fused(s.v2, reciprocal, s.v2 * rest), fused(s.v3, reciprocal, s.v3 * rest)};
   }
+#endif
   const F32 divisor = splat<F32>(q.divisor);
-  return {sums.v0 / divisor, sums.v1 / divisor, sums.v2 / divisor, sums.v3 / divisor};
+  return {s.v0 / divisor, s.v1 / divisor, s.v2 / divisor, s.v3 / divisor};
+}
+
+#if QAV_KERNEL_LEVEL >= 3
+// Clamps sums to words and divides them. The sums are passed by value, as the compiler would keep a block of them in
+// memory if it were read as another type.
+[[gnu::always_inline]] inline __m512i wordQuotients(I32 low, I32 high, const ConvolutionQuotient& q) {
+  const __m512i words = _mm512_packus_epi32((__m512i)low, (__m512i)high);
+  const __m512i products = _mm512_mulhi_epu16(words, _mm512_set1_epi16(static_cast<std::int16_t>(q.factor)));
+  return _mm512_srl_epi16(products, _mm_cvtsi32_si128(q.shift));
+}
+#endif
+
+template <class A>
+[[gnu::always_inline]] inline void storeQuotients(Block<typename A::Sum> sums, const ConvolutionQuotient& q,
+                                                  std::uint8_t* out) {
+#if QAV_KERNEL_LEVEL >= 3
+  if constexpr (A::kSampleBytes == 1) {
+    if (q.way == ConvolutionQuotient::Words)
+      return _mm512_storeu_si512(
+          out, _mm512_packus_epi16(wordQuotients(sums.v0, sums.v1, q), wordQuotients(sums.v2, sums.v3, q)));
+  }
+#endif
+  const Block<F32> values = {A::value(sums.v0), A::value(sums.v1), A::value(sums.v2), A::value(sums.v3)};
+  storeBytes<A>(quotients(values, q), out);
 }
 
 template <class A>
-[[gnu::always_inline]] inline void writeBlock(const Block<typename A::Sum>& sums, const ConvolutionQuotient& q,
+[[gnu::always_inline]] inline void writeBlock(Block<typename A::Sum> sums, const ConvolutionQuotient& q,
                                               std::uint8_t* out, std::size_t room) {
-  const Block<F32> values = {A::value(sums.v0), A::value(sums.v1), A::value(sums.v2), A::value(sums.v3)};
-  const Block<F32> v = quotients(values, q);
   std::uint8_t rest[kBlock * kLanes<F32>];
-  if (room >= sizeof rest) return storeBytes(v, out);
-  storeBytes(v, rest);
-  std::memcpy(out, rest, room);
+  const bool whole = room >= sizeof rest;
+  storeQuotients<A>(sums, q, whole ? out : rest);
+  if (!whole) std::memcpy(out, rest, room);
 }
 
 template <class A, int taps, int results>
@@ -259,15 +277,16 @@ void convolve(const ConvolutionRows& rows) {
 }
 
 template <class A>
-inline constexpr ConvolutionArithmetic kArithmetic = {A::kTaps, &widen<A>, &convolve<A>};
+inline constexpr ConvolutionArithmetic kWidened = {A::kTaps, A::kSampleBytes, &widen<A>, &convolve<A>};
 
 }  // namespace
 
 extern const ConvolutionKernels convolution;
 #if QAV_KERNEL_LEVEL >= 3
-const ConvolutionKernels convolution = {kArithmetic<Floats>, kArithmetic<Pairs>, kArithmetic<Quads>};
+const ConvolutionKernels convolution = {
+    kWidened<Floats>, kWidened<Pairs>, {Quads::kTaps, Quads::kSampleBytes, nullptr, &convolve<Quads>}};
 #else
-const ConvolutionKernels convolution = {kArithmetic<Floats>, kArithmetic<Pairs>, {}};
+const ConvolutionKernels convolution = {kWidened<Floats>, kWidened<Pairs>, {}};
 #endif
 
 #include "RegionEnd.h"
