@@ -18,6 +18,9 @@ set_target_properties(QAVMMediaRasterProcessor PROPERTIES INSTALL_RPATH "$ORIGIN
 if(TARGET qavraster)
   set_target_properties(qavraster PROPERTIES INSTALL_RPATH "$ORIGIN/${libraries_from_programs}")
   install(TARGETS qavraster RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+  install(FILES ${PROJECT_SOURCE_DIR}/docs/qavraster.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
+  install(FILES ${PROJECT_BINARY_DIR}/tools/completion/qavraster
+    DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions)
 endif()
 
 # Two sets of targets: only the static libraries need TIFF, PNG, JPEG and lcms2 at the caller's.
