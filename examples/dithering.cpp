@@ -4,14 +4,10 @@
 #include <QAVMMediaRasterProcessor.h>
 
 #include <cstdio>
-#include <memory>
+
+#include "Image.h"
 
 namespace {
-
-struct Release {
-  void operator()(QAVPixelImage* image) const { image->Release(); }
-};
-using Image = std::unique_ptr<QAVPixelImage, Release>;
 
 constexpr int kWidth = 320, kHeight = 240, kGap = 8;
 constexpr int kMethods = QAVMMIDitherThreshold + 1;

@@ -50,6 +50,7 @@
   X(IMG_promote_32)
 // clang-format on
 
+/// Declares one of them.
 #define QAV_DECLARE_LEGACY_FUNCTION(name) QAV_EXPORT std::int32_t name(...);
 extern "C" {
 QAV_LEGACY_FUNCTIONS(QAV_DECLARE_LEGACY_FUNCTION)

@@ -9,10 +9,14 @@
 /// Vectors are QAVRawColldouble collections, whose positions count from 1. A new matrix is the identity.
 class QAV_EXPORT QAV5X5ColorMatrix {
  public:
+  /// The identity.
   QAV5X5ColorMatrix() noexcept { InitializeToIdentityMatrix(); }
+  /// Copies the elements.
   QAV5X5ColorMatrix(const QAV5X5ColorMatrix&) noexcept = default;
+  /// Copies the elements.
   QAV5X5ColorMatrix& operator=(const QAV5X5ColorMatrix&) noexcept = default;
 
+  /// Back to the identity.
   void InitializeToIdentityMatrix() noexcept;
   /// Takes the first 25 values, row by row, and returns 0; fewer change nothing and give -1.
   int Initialize(const QAVRawColldouble& values);

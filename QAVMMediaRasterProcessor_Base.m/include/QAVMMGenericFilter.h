@@ -14,6 +14,7 @@
 /// normalised by their sum (QAVMMWeightsTable).
 class QAV_EXPORT QAVMMGenericFilter {
  public:
+  /// A kernel that is 0 beyond `halfWidth`.
   explicit QAVMMGenericFilter(double halfWidth = 0.0) noexcept : support(halfWidth) {}
   virtual ~QAVMMGenericFilter();
   /// The kernel's value at the signed distance `x`, in source samples. May throw: whoever resamples then passes the

@@ -39,6 +39,7 @@ class QAV_EXPORT QAVMMIColorRamp {
 
   /// The table; also what indexing a ramp reads.
   const unsigned char* GetTable() const noexcept { return table_; }
+  /// The table, so that a ramp is indexed like an array.
   operator const unsigned char*() const noexcept { return table_; }  // NOLINT(google-explicit-constructor)
 
  private:

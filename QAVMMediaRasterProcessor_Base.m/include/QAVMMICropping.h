@@ -22,6 +22,7 @@
 /// @endcode
 class QAV_EXPORT QAVMMICropping {
  public:
+  /// Looks at `image`, which must outlive the object.
   explicit QAVMMICropping(QAVPixelImage& image);
   virtual ~QAVMMICropping();
   QAVMMICropping(const QAVMMICropping&) = delete;
@@ -63,9 +64,11 @@ class QAV_EXPORT QAVMMICropping {
   /// - the right edge is either width - 1 or, when the last column has the colour from top to bottom, `left`.
   int ComputeCroppingAreaFromTrimmingColor(const QAVMMPIPixelColor& trim, int& left, int& top, int& right, int& bottom);
 
-  /// The same three operations on an object made for one call.
+  /// RetrieveCornersColors of an object made for this call.
   static int RetrieveCornersColors(QAVPixelImage& image, int* cornerGroup, QAVMMPIPixelColor*& colours);
+  /// EvalTrimmingColorOnCornersStrategy of an object made for this call.
   static int EvalTrimmingColorOnCornersStrategy(QAVPixelImage& image, QAVMMPIPixelColor& trim);
+  /// ComputeCroppingAreaFromTrimmingColor of an object made for this call.
   static int ComputeCroppingAreaFromTrimmingColor(QAVPixelImage& image, const QAVMMPIPixelColor& trim, int& left,
                                                   int& top, int& right, int& bottom);
 

@@ -13,27 +13,30 @@ struct Canvas;
 /// Stamps of the line and brush operations. An even-sized or scattered stamp is not centred on its position: Round4
 /// covers -2..1 by -1..2 (y downwards), Square2 -1..0 by 0..1. No stamp reaches further than 7 pixels.
 enum QAVMMIBrush : std::int32_t {
-  QAVMMIBrushPixel = 0,
-  QAVMMIBrushRound4 = 1,
-  QAVMMIBrushRound7 = 2,
-  QAVMMIBrushSquare2 = 3,
-  QAVMMIBrushSquare5 = 4,
-  QAVMMIBrushSquare7 = 5,
-  QAVMMIBrushDiagonal2 = 6,  ///< diagonals fall to the right
-  QAVMMIBrushDiagonal5 = 7,
-  QAVMMIBrushDiagonal9 = 8,
-  QAVMMIBrushAntiDiagonal2 = 9,  ///< anti-diagonals rise to the right
-  QAVMMIBrushAntiDiagonal5 = 10,
-  QAVMMIBrushAntiDiagonal9 = 11,
-  QAVMMIBrushSpray12 = 12,  ///< 12 scattered pixels
+  QAVMMIBrushPixel = 0,           ///< one pixel
+  QAVMMIBrushRound4 = 1,          ///< disc, 4 pixels across
+  QAVMMIBrushRound7 = 2,          ///< disc, 7 pixels across
+  QAVMMIBrushSquare2 = 3,         ///< 2 x 2 pixels
+  QAVMMIBrushSquare5 = 4,         ///< 5 x 5 pixels
+  QAVMMIBrushSquare7 = 5,         ///< 7 x 7 pixels
+  QAVMMIBrushDiagonal2 = 6,       ///< 2 pixels of a diagonal that falls to the right
+  QAVMMIBrushDiagonal5 = 7,       ///< 5 pixels of it
+  QAVMMIBrushDiagonal9 = 8,       ///< 9 pixels of it
+  QAVMMIBrushAntiDiagonal2 = 9,   ///< 2 pixels of a diagonal that rises to the right
+  QAVMMIBrushAntiDiagonal5 = 10,  ///< 5 pixels of it
+  QAVMMIBrushAntiDiagonal9 = 11,  ///< 9 pixels of it
+  QAVMMIBrushSpray12 = 12,        ///< 12 scattered pixels
 };
 
 /// A rectangle with its colour, for QAVMMIHelperRGBA::Draw.
 struct QAVMMIRectangle2DP {
   std::int32_t reserved = 0;  ///< drawing does not read it
-  double x1 = 0, y1 = 0, x2 = 0, y2 = 0;
-  unsigned int colour = 0;
-  unsigned char filled = 0;
+  double x1 = 0;              ///< column of one corner
+  double y1 = 0;              ///< row of that corner
+  double x2 = 0;              ///< column of the opposite corner
+  double y2 = 0;              ///< row of the opposite corner
+  unsigned int colour = 0;    ///< 0xAABBGGRR
+  unsigned char filled = 0;   ///< other than 0: filled, otherwise the outline alone
 };
 
 /// Draws into the pixels of one `RGBA8888` image.

@@ -48,5 +48,6 @@ class QAV_EXPORT QAVMMResizeEngine {
   /// included.)
   bool __DoesResizeSupportFormat(QAVPixelImageFormat format);
 
+  /// The kernel in use; may be exchanged between calls.
   QAVMMGenericFilter* filter;
 };

@@ -15,18 +15,22 @@ enum QAVMMediaImagePixelFormat : std::int32_t {
   QAVMMediaImageRGB888 = 3,    ///< 24 bits
   QAVMMediaImageRGBA8888 = 4,  ///< 32 bits
   QAVMMediaImage16Bit5 = 5,    ///< 5 to 17: 16 bits each
-  QAVMMediaImage16Bit17 = 17,
+  QAVMMediaImage16Bit17 = 17,  ///< 16 bits
   QAVMMediaImage24Bit18 = 18,  ///< 24 bits
   QAVMMediaImage32Bit19 = 19,  ///< 19 to 21: 32 bits each
-  QAVMMediaImage32Bit21 = 21,
+  QAVMMediaImage32Bit21 = 21,  ///< 32 bits
   QAVMMediaImageUnknown = -1,  ///< no format of this numbering
 };
 
 /// Bits of the channel masks that the colour operations take. Only the bits that an image's format has count.
 inline constexpr int QAVMMIChannelLuminance = 1;
+/// Red of `RGB888` and `RGBA8888`.
 inline constexpr int QAVMMIChannelRed = 2;
+/// Green of `RGB888` and `RGBA8888`.
 inline constexpr int QAVMMIChannelGreen = 4;
+/// Blue of `RGB888` and `RGBA8888`.
 inline constexpr int QAVMMIChannelBlue = 8;
+/// Alpha of `LA88` and `RGBA8888`.
 inline constexpr int QAVMMIChannelAlpha = 16;
 
 /// The formula of QAVMMediaImageProcessor::Grey. Unsigned integer arithmetic; divisions round down.
@@ -43,7 +47,7 @@ enum QAVMMIGreyType : std::int32_t {
 
 /// The direction of QAVMMediaImageProcessor::Mirror.
 enum QAVMMIMirrorType : std::int32_t {
-  QAVMMIMirrorNone = 0,
+  QAVMMIMirrorNone = 0,       ///< as it is
   QAVMMIMirrorLeftRight = 1,  ///< every row reversed
   QAVMMIMirrorTopBottom = 2,  ///< the order of the rows reversed
   QAVMMIMirrorBoth = 3,       ///< left-right first, then top-bottom

@@ -36,8 +36,11 @@ class QAV_EXPORT QAVPrtImageIterator : public QAVBaseUnknown {
   /// mixed with NextChar.
   std::span<const std::uint8_t> NextSamples(std::span<std::uint8_t> room);
 
+  /// The meta-object of this class itself.
   static const QAVMetaClass* MetaObject();
+  /// The identity of this class.
   static const QAVClassId& ClassId();
+  /// "QAVPrtImageIterator".
   static const char* ClassName();
   /// Null: the object model cannot make an iterator without an image.
   static QAVBaseUnknown* CreateItself();

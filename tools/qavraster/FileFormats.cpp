@@ -74,12 +74,6 @@ std::string namesOfFormats(bool written) {
 
 const std::vector<FileFormat>& fileFormats() {
   static const std::vector<FileFormat> all = {
-      {"TIFF", {".tif", ".tiff"}, "every pixel format; bitonal as Group 4", readByContent, writeAs<kTiff>},
-      {"PNG", {".png"}, "8 and 16 bits a channel", readByContent, writeAs<kPng>},
-      {"JPEG", {".jpg", ".jpeg"}, "8 bits a channel, quality 95, no alpha", readByContent, writeAs<kJpeg>},
-      {"SGI", {".sgi", ".rgb"}, "8 bits a channel; written as three or four channels", readSGI, writeSGI},
-      {"PostScript", {".ps"}, "a page of one point a pixel, 8 bits a channel", nullptr, writePostScript},
-      {"EPS", {".eps"}, "as PostScript, for use within other pages", nullptr, writeEncapsulatedPostScript},
       {"TIFF",
        {".tif", ".tiff"},
        "every pixel format; bitonal as Group 4",
@@ -95,6 +89,9 @@ const std::vector<FileFormat>& fileFormats() {
        writeAs<kJpeg>,
        {},
        {"\xFF\xD8\xFF"}},
+      {"SGI", {".sgi", ".rgb"}, "8 bits a channel; written as three or four channels", readSGI, writeSGI},
+      {"PostScript", {".ps"}, "a page of one point a pixel, 8 bits a channel", nullptr, writePostScript},
+      {"EPS", {".eps"}, "as PostScript, for use within other pages", nullptr, writeEncapsulatedPostScript},
       group4Format(),
       blockRecordFormat(),
   };

@@ -9,6 +9,7 @@ class QAV_EXPORT QAVMath3x3Matrix {
   QAVMath3x3Matrix() = default;
   /// Nine coefficients, row by row.
   explicit QAVMath3x3Matrix(const double (&coefficients)[9]);
+  /// Nine coefficients; a12 is the second of the first row.
   QAVMath3x3Matrix(double a11, double a12, double a13, double a21, double a22, double a23, double a31, double a32,
                    double a33);
 

@@ -10,6 +10,7 @@ class QAV_EXPORT CCITT {
  public:
   /// Kept for callers that pair it with destroy_decoding_states; there is nothing to prepare.
   static void build_decoding_states();
+  /// Kept likewise: there is nothing to give back.
   static void destroy_decoding_states();
   /// Expands a coded row of `width` pixels into `bitmap`, which must be zeroed. A null or damaged string gives the
   /// runs that came before the damage and white after it; a run that is too long ends with the row.

@@ -8,11 +8,11 @@
 
 /// Formula of a colour difference.
 enum DELTA_E_METHOD : std::int32_t {
-  DELTA_E_CIE76 = 0,
-  DELTA_E_CIE94 = 1,
-  DELTA_E_BFD = 2,
-  DELTA_E_CMC = 3,
-  DELTA_E_CIEDE2000 = 4,
+  DELTA_E_CIE76 = 0,      ///< Euclidean distance
+  DELTA_E_CIE94 = 1,      ///< CIE 1994
+  DELTA_E_BFD = 2,        ///< BFD(l:c)
+  DELTA_E_CMC = 3,        ///< CMC(l:c)
+  DELTA_E_CIEDE2000 = 4,  ///< CIE 142-2001
 };
 
 /// Colour transforms and colour differences.

@@ -17,7 +17,9 @@ class QAV_EXPORT QAVMMPIPixelColor {
   /// Channels in the order and in the units of the specification's format: 0..255, 0..65535, or floating-point.
   /// `BitonalRuns` has one channel: 0 black, 255 white.
   QAVMMPIPixelColor(QAVMMPIPixelColorSpec* spec, const std::array<float, 4>& channels) noexcept;
+  /// A copy takes a reference to the specification too.
   QAVMMPIPixelColor(const QAVMMPIPixelColor& other) noexcept;
+  /// Gives the old specification back and takes a reference to the other's.
   QAVMMPIPixelColor& operator=(const QAVMMPIPixelColor& other) noexcept;
   ~QAVMMPIPixelColor();
 
@@ -35,6 +37,7 @@ class QAV_EXPORT QAVMMPIPixelColor {
   /// Channel `i` (from 0) as a byte: as it is for byte formats, scaled and rounded for others. 0 outside 0..3.
   unsigned char GetUCHARi(int i) const;
 
+  /// The channels, in the units of the constructor.
   const std::array<float, 4>& GetChannels() const noexcept { return channels_; }
 
  private:

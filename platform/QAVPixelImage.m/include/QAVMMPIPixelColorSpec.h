@@ -34,9 +34,11 @@ class QAV_EXPORT QAVMMPIPixelColorSpec : public QAVBaseUnknown {
   /// True for the formats that hold bytes (0 to 3).
   static bool UsingBaseFormat(QAVPixelImageFormat format) noexcept;
 
+  /// The pixel format.
   QAVPixelImageFormat GetFormat() const noexcept { return format_; }
   /// Same format and same kind of colour space; false for null.
   bool HasSameSpecThan(const QAVMMPIPixelColorSpec* other) const;
+  /// Same format and same kind of colour space.
   bool HasSameSpecThan(const QAVMMPIPixelColorSpec& other) const { return HasSameSpecThan(&other); }
 
   ~QAVMMPIPixelColorSpec() override;

@@ -21,7 +21,9 @@ class QAV_EXPORT QAVMMPIPixelIterator {
   virtual bool IsStartOfRow() const = 0;
   /// Goes to column x of row y; false, and no move, outside the image.
   virtual bool GoTo(int x, int y) = 0;
+  /// To the next pixel in raster order.
   virtual void StepRight() = 0;
+  /// To the pixel before in raster order.
   virtual void StepLeft() = 0;
   /// One row down in the same column; false, and no move, in the last row.
   virtual bool StepDown() = 0;
@@ -32,6 +34,7 @@ class QAV_EXPORT QAVMMPIPixelIterator {
   virtual void GetColor(QAVMMPIPixelColor& colour) const = 0;
 
   // Whole runs at once. None of these moves the position.
+  /// The column and the row of the position.
   virtual void GetPosition(int& x, int& y) const = 0;
   /// How many pixels, from the position to the right, have the colour `colour` (HasSameColorWithSameSpecThan) before
   /// the first that has not; `limit` and the end of the row end the count too.

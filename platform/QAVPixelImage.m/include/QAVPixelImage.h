@@ -20,6 +20,7 @@ class QAVMMPIPixelColorSpec;
 /// it must be alone.
 class QAV_EXPORT QAVPixelImage : public QAVBaseUnknown {
  public:
+  /// An image with pixels of its own.
   QAVPixelImage(int width, int height, QAVPixelImageFormat format);
   /// Adopts `pixels`, made with `new unsigned char[]` and large enough for the size and format (it may be null:
   /// the image then has no pixels). On an exception the buffer stays the caller's. Formats without one buffer
@@ -34,10 +35,12 @@ class QAV_EXPORT QAVPixelImage : public QAVBaseUnknown {
 
   /// Bytes of one pixel: 1, 2, 3, 4 for `L8` to `RGBA8888`; 12, 16, 6, 8 for formats 10 to 13; otherwise 0.
   virtual int GetBytesPerPixel();
+  /// Width and height in pixels.
   virtual void GetSize(int& width, int& height) const {
     width = width_;
     height = height_;
   }
+  /// How the pixels are held.
   virtual QAVPixelImageFormat GetFormat() const { return format_; }
   /// Byte buffer of formats `L8` to `RGBA8888`, never null for an image that made its own; null for others.
   virtual const unsigned char* GetPixelsToRead() const { return pixels_; }
@@ -93,20 +96,28 @@ class QAV_EXPORT QAVPixelImage : public QAVBaseUnknown {
   virtual QAVPixelImage* CreateConvertedCopy(QAVPixelImageFormat format);
 
   // The same questions to an image that must not change.
+  /// As the virtual function of this name.
   int GetBytesPerPixel() const { return const_cast<QAVPixelImage*>(this)->GetBytesPerPixel(); }
+  /// As the virtual function of this name.
   int GetBitsPerPixel() const { return const_cast<QAVPixelImage*>(this)->GetBitsPerPixel(); }
+  /// Row `row`'s coded string; null for a white row and where there is no such row.
   const unsigned char* GetPixelsRuns(int row) const { return const_cast<QAVPixelImage*>(this)->GetPixelsRuns(row); }
+  /// As the virtual function of this name.
   const float* GetFloatingRow(int row) const { return const_cast<QAVPixelImage*>(this)->GetFloatingRow(row); }
+  /// As the virtual function of this name.
   QAVMMPIPixelColorSpec* getSpec() const { return const_cast<QAVPixelImage*>(this)->getSpec(); }
+  /// As the virtual function of this name.
   QAVPixelImage* CreateResizedCopy(int width, int height, QAVMMIResampleType kind) const {
     return const_cast<QAVPixelImage*>(this)->CreateResizedCopy(width, height, kind);
   }
+  /// As the virtual function of this name.
   QAVPixelImage* CreateConvertedCopy(QAVPixelImageFormat format) const {
     return const_cast<QAVPixelImage*>(this)->CreateConvertedCopy(format);
   }
 
   /// Samples of formats 12 and 13, row after row; null for other formats.
   const std::uint16_t* GetSixteenBitPixelsToRead() const { return sixteenBitPixels_; }
+  /// The same samples for writing.
   std::uint16_t* GetSixteenBitPixelsToModify() { return sixteenBitPixels_; }
 
   /// Sets every pixel's alpha: the byte for `LA88` and `RGBA8888`, its fraction of full scale for the other formats
@@ -122,6 +133,7 @@ class QAV_EXPORT QAVPixelImage : public QAVBaseUnknown {
   /// could not be written completely is removed.
   HRESULT WriteToFile(const QAVString& path, const QAVString& format) const;
 
+  /// The meta-object of this class itself.
   static const QAVMetaClass* MetaObject();
   const QAVMetaClass* GetMetaObject() const override;
 

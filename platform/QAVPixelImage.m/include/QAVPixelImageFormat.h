@@ -25,14 +25,14 @@ enum QAVDeallocatePixels : std::int32_t {
 
 /// Kernel of CreateResizedCopy.
 enum QAVMMIResampleType : std::int32_t {
-  QAVMMIResampleNearest = 0,
-  QAVMMIResampleTriangle = 1,
-  QAVMMIResampleCatmullRom = 2,
-  QAVMMIResampleMitchell = 3,
+  QAVMMIResampleNearest = 0,     ///< the nearest pixel
+  QAVMMIResampleTriangle = 1,    ///< linear interpolation
+  QAVMMIResampleCatmullRom = 2,  ///< sharp cubic
+  QAVMMIResampleMitchell = 3,    ///< softer cubic
 };
 
 /// Whether the caller of CreateFromFile means to change the image. Both give an image of its own.
 enum QAVReadOnlyState : std::int32_t {
-  QAVReadWrite = 0,
-  QAVReadOnly = 1,
+  QAVReadWrite = 0,  ///< to be changed
+  QAVReadOnly = 1,   ///< to be looked at
 };

@@ -56,6 +56,7 @@ class QAV_EXPORT QAVBaseUnknown {
   /// 1 when both have the same implementation object, else 0.
   virtual int IsEqual(const QAVBaseUnknown* other) const;
 
+  /// The meta-object of this class itself.
   static const QAVMetaClass* MetaObject();
 
  private:

@@ -7,8 +7,11 @@
 /// Identity of a class of the object model, derived from its name: the same name has the same identity in
 /// every process.
 struct QAVClassId {
+  /// The upper half of 128 bits.
   std::uint64_t high = 0;
+  /// The lower half.
   std::uint64_t low = 0;
+  /// True for identities of the same name.
   friend bool operator==(const QAVClassId&, const QAVClassId&) = default;
 };
 
@@ -22,9 +25,13 @@ class QAV_EXPORT QAVMetaClass {
   /// The meta-object of `className`, or null when no such class is registered.
   static const QAVMetaClass* Find(const char* className) noexcept;
 
+  /// The class's identity.
   const QAVClassId& ClassId() const noexcept { return classId_; }
+  /// The class's name.
   const char* ClassName() const noexcept { return className_; }
+  /// The name of its base, as registered.
   const char* BaseName() const noexcept { return baseName_; }
+  /// The framework that it belongs to, as registered.
   const char* FrameworkName() const noexcept { return frameworkName_; }
   /// 1 when this class is `className` or derives from it, else 0 (also for null).
   int IsAKindOf(const char* className) const noexcept;

@@ -11,7 +11,9 @@ class QAV_EXPORT QAVRawColldouble {
   /// Makes room for `capacity` values; the collection is empty all the same.
   explicit QAVRawColldouble(int capacity);
 
+  /// How many values it holds.
   int Size() const noexcept { return static_cast<int>(values_.size()); }
+  /// Adds `value` behind the last one.
   void Append(double value) { values_.push_back(value); }
   /// Empties the collection and keeps its memory for the values to come.
   void RemoveAll() noexcept { values_.clear(); }
@@ -19,6 +21,7 @@ class QAV_EXPORT QAVRawColldouble {
   /// Value at `position`, 1..Size(). Any other position is reported as a failed check and gives a scratch
   /// value that belongs to no collection.
   double& operator[](int position) { return IsValid(position) ? values_[Index(position)] : Scratch(); }
+  /// The same for reading.
   const double& operator[](int position) const { return IsValid(position) ? values_[Index(position)] : Scratch(); }
 
  private:

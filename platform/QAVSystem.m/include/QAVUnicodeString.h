@@ -11,14 +11,19 @@ class QAV_EXPORT QAVUnicodeString {
  public:
   QAVUnicodeString() = default;
   /// A null pointer makes an empty string.
-  QAVUnicodeString(const char* utf8);       // NOLINT(google-explicit-constructor): literals are paths everywhere
-  QAVUnicodeString(std::string utf8);       // NOLINT(google-explicit-constructor)
+  QAVUnicodeString(const char* utf8);  // NOLINT(google-explicit-constructor): literals are paths everywhere
+  /// The characters of `utf8`.
+  QAVUnicodeString(std::string utf8);  // NOLINT(google-explicit-constructor)
+  /// The characters of `utf8`.
   QAVUnicodeString(const QAVString& utf8);  // NOLINT(google-explicit-constructor)
 
   /// The UTF-8 bytes with a zero after the last one; valid until the string changes.
   const char* ConvertToUTF8() const noexcept { return text_.c_str(); }
+  /// The UTF-8 bytes as a string of bytes.
   QAVString ConvertToString() const { return QAVString(text_); }
+  /// Length in characters.
   int GetLengthInChar() const noexcept;
+  /// True for a length of 0.
   bool IsEmpty() const noexcept { return text_.empty(); }
 
   /// Character index of the first `pattern` at or after character `start`, or -1. An empty pattern is found
@@ -28,8 +33,11 @@ class QAV_EXPORT QAVUnicodeString {
   /// negative count.
   QAVUnicodeString SubString(int start, int count) const;
 
+  /// Appends `other`.
   QAVUnicodeString& operator+=(const QAVUnicodeString& other);
+  /// `first` followed by `second`.
   friend QAVUnicodeString operator+(QAVUnicodeString first, const QAVUnicodeString& second) { return first += second; }
+  /// True for the same bytes.
   friend bool operator==(const QAVUnicodeString&, const QAVUnicodeString&) = default;
 
  private:
