@@ -4,6 +4,7 @@
 #include "support/Images.h"
 #include "support/Levels.h"
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 
@@ -74,6 +75,55 @@ TEST(Convolution, EveryKernelGivesTheDirectLoop) {
       ASSERT_EQ(Processor::LinearConvolveMatrix(*image, taps, kernel.data()), S_OK);
       ASSERT_EQ(bytesOf(*image), expected)
           << taps << " taps of kind " << static_cast<int>(kind) << ", " << width << "x" << height;
+    }
+  });
+}
+
+// In a picture of one row only the middle row of weights takes part; the others make up the divisor.
+std::vector<float> kernelWithSum(std::vector<float> middle, int sum) {
+  const std::size_t taps = middle.size(), outside = taps * (taps - 1);
+  std::vector<float> kernel(outside / 2);
+  kernel.insert(kernel.end(), middle.begin(), middle.end());
+  kernel.resize(taps * taps);
+  for (const float w : middle) sum -= static_cast<int>(w);
+  for (std::size_t i = 0; i < outside; ++i) {
+    const int part = std::clamp(sum, -127, 127);
+    kernel[i < outside / 2 ? i : i + taps] = static_cast<float>(part);
+    sum -= part;
+  }
+  return kernel;
+}
+
+// Pairs of pixels give each sum from 0 to 128 * 255 by the weights 1 and 127, and the wide kernel sums beyond 16 bits.
+TEST(Convolution, EverySumByEveryWholeDivisor) {
+  std::vector<std::uint8_t> source;
+  for (int s = 0; s <= 128 * 255; s += 4)
+    for (int part = 0; part < 2; ++part)
+      for (int sum = s; sum < s + 4; ++sum) {
+        const int centre = std::min(sum / 127, 255);
+        source.push_back(static_cast<std::uint8_t>(part ? centre : std::min(sum - 127 * centre, 255)));
+      }
+  const auto size = static_cast<std::ptrdiff_t>(source.size());
+  const std::vector<float> middles[] = {{1, 127, 0}, {127, 1, 127, 127, 63}, {1, 63, -63}};
+  atEveryLevel([&] {
+    for (int divisor = -264; divisor <= 264; divisor += divisor >= 0 || divisor < -258 ? 1 : 17) {
+      const auto& middle = middles[divisor == 1 || divisor == -1 ? 2 : divisor % 8 == 3 ? 1 : 0];
+      const auto taps = static_cast<std::ptrdiff_t>(middle.size());
+      auto bytes = source;
+      const auto kernel = kernelWithSum(middle, divisor);
+      Processor::LinearConvolveMatrixRGBA(bytes.data(), static_cast<int>(size / 4), 1, static_cast<int>(taps),
+                                          kernel.data());
+      std::ptrdiff_t wrong = 0;
+      for (std::ptrdiff_t i = 0; i < size; ++i) {
+        float sum = 0;
+        for (std::ptrdiff_t t = 0; t < taps; ++t)
+          if (const auto at = i + 4 * (t - taps / 2); at >= 0 && at < size)
+            sum += middle[static_cast<std::size_t>(t)] * source[static_cast<std::size_t>(at)];
+        const float v = sum / static_cast<float>(divisor);
+        const int expected = v > 255 ? 255 : v > 0 ? static_cast<int>(v) : 0;
+        wrong += bytes[static_cast<std::size_t>(i)] != expected;
+      }
+      ASSERT_EQ(wrong, 0) << divisor;
     }
   });
 }

@@ -88,7 +88,7 @@ ConvolutionQuotient quotientBy(float divisor) {
 
 ConvolutionQuotient wordQuotient(std::uint32_t divisor, std::uint32_t shift) {
   const std::uint32_t factor = ((65536u << shift) + divisor - 1) / divisor;
-  return {ConvolutionQuotient::Words, 0.0f, 0.0f, 0.0f, static_cast<std::uint16_t>(factor),
+  return {ConvolutionQuotient::Words,       0.0f, 0.0f, 0.0f, static_cast<std::uint16_t>(factor),
           static_cast<std::uint16_t>(shift)};
 }
 

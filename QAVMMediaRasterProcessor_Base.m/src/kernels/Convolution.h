@@ -43,7 +43,7 @@ struct ConvolutionRows {
 
 /// One way to hold taps in lanes.
 struct ConvolutionArithmetic {
-  int tapsPerLane;  ///< lane i holds the samples i, i + 4, i + 8 ...; 0 when this level does not have it
+  int tapsPerLane;          ///< lane i holds the samples i, i + 4, i + 8 ...; 0 when this level does not have it
   std::size_t sampleBytes;  ///< of the rows: 4 when they hold lanes, 1 when lanes are made of them while summing
   /// Lanes from bytes, which are readable for 64 bytes behind the last sample. Null when rows hold bytes.
   void (*widen)(const std::uint8_t* bytes, std::size_t count, std::uint8_t* lanes);

@@ -136,20 +136,21 @@ template <class A, int taps, int from, int to>
 [[gnu::always_inline]] inline std::ptrdiff_t least(std::ptrdiff_t a, std::ptrdiff_t b) { return a < b ? a : b; }
 
 // A source row has the weights of row `top` of the kernel in the first result, of the row above that in the second, and
-// so on; where the kernel has no such row it takes no part.
-template <class A, int taps, int results>
+// so on; where the kernel has no such row it takes no part. `inner` says that the kernel has three rows and that all
+// five source rows exist: the loops are unrolled then.
+template <class A, int taps, int results, bool inner>
 [[gnu::always_inline]] inline Sums<A> sumsAt(const ConvolutionRows& c, std::size_t i) {
   Sums<A> sums{};
   const std::uint8_t* const* row = c.rows;
   i *= A::kSampleBytes;
   const auto stride = static_cast<std::ptrdiff_t>(c.weightStride);
-  std::ptrdiff_t top = c.firstWeightRow;
-  const std::ptrdiff_t end = top + c.rowCount;
+  std::ptrdiff_t top = inner ? 0 : c.firstWeightRow;
+  const std::ptrdiff_t end = top + (inner ? 5 : c.rowCount), weightRows = inner ? 3 : c.weightRows;
   const std::uint32_t* weights = c.weights + top * stride;
   if constexpr (results == 1) {
     for (; top < end; ++top, weights += stride) addRow<A, taps, 0, 0>(sums, *row++ + i, weights, stride);
   } else {
-    const std::ptrdiff_t all = least(end, c.weightRows), most = least(end, c.weightRows + 1);
+    const std::ptrdiff_t all = least(end, weightRows), most = least(end, weightRows + 1);
     for (; top < least(end, 1); ++top, weights += stride) addRow<A, taps, 0, 0>(sums, *row++ + i, weights, stride);
     for (; top < least(end, 2); ++top, weights += stride) addRow<A, taps, 0, 1>(sums, *row++ + i, weights, stride);
     for (; top < all; ++top, weights += stride) addRow<A, taps, 0, 2>(sums, *row++ + i, weights, stride);
@@ -180,8 +181,7 @@ template <class A>
   const __m512i high = _mm512_packus_epi32(wholeUpTo255(v.v2), wholeUpTo255(v.v3));
   __m512i bytes = _mm512_packus_epi16(low, high);
   if constexpr (A::kSampleBytes > 1)
-    bytes =
-        _mm512_permutexvar_epi32(_mm512_setr_epi32(0, 4, 8, 12, 1, 5, 9, 13, 2, 6, 10, 14, 3, 7, 11, 15), bytes);
+    bytes = _mm512_permutexvar_epi32(_mm512_setr_epi32(0, 4, 8, 12, 1, 5, 9, 13, 2, 6, 10, 14, 3, 7, 11, 15), bytes);
   _mm512_storeu_si512(out, bytes);
 #else
   storeVector(out, v.v0);
@@ -250,13 +250,13 @@ template <class A>
   if (!whole) std::memcpy(out, rest, room);
 }
 
-template <class A, int taps, int results>
+template <class A, int taps, int results, bool inner = false>
 void convolveResults(const ConvolutionRows& rows) {
   constexpr std::size_t step = kBlock * kLanes<F32>;
   static_assert(step <= ConvolutionRows::kSlack);
   const ConvolutionQuotient q = rows.quotient;
   for (std::size_t i = 0; i < rows.count; i += step) {
-    const Sums<A> sums = sumsAt<A, taps, results>(rows, i);
+    const Sums<A> sums = sumsAt<A, taps, results, inner>(rows, i);
     writeBlock<A>(sums.first, q, rows.out[0] + i, rows.count - i);
     if constexpr (results > 1) {
       writeBlock<A>(sums.second, q, rows.out[1] + i, rows.count - i);
@@ -270,6 +270,8 @@ void convolve(const ConvolutionRows& rows) {
   constexpr int most = ConvolutionRows::kMostResults;
   const auto stride = static_cast<int>(rows.weightStride < 8 ? rows.weightStride : 0);
   if (rows.results == 1) return convolveResults<A, 0, 1>(rows);
+  if (stride == A::kUnrolled[0] && rows.weightRows == 3 && rows.rowCount == 5)
+    return convolveResults<A, A::kUnrolled[0], most, true>(rows);
   if (stride == A::kUnrolled[0]) return convolveResults<A, A::kUnrolled[0], most>(rows);
   if (stride == A::kUnrolled[1]) return convolveResults<A, A::kUnrolled[1], most>(rows);
   if (stride == A::kUnrolled[2]) return convolveResults<A, A::kUnrolled[2], most>(rows);
