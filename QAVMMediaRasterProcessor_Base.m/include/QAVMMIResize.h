@@ -15,7 +15,7 @@ class QAV_EXPORT QAVMMIResize {
   /// are at least 1.
   ///
   /// Nothing is painted: the margins keep the initial colour of a new image, transparent black. `background` may be
-  /// null; otherwise its specification must be that of a byte format (in sRGB), which becomes the format of the
+  /// null; otherwise its colour specification must be that of a byte format (in sRGB), which becomes the format of the
   /// result, and it must be that initial colour, except that in `RGBA8888` its alpha may be any: the result gets it.
   /// Other backgrounds give null. So does, as a rule, an image that already has the shape of the rectangle when the
   /// background's format is not the image's own: it is asked for at 0 x 0.

@@ -86,7 +86,7 @@ TEST(PixelIterator, EmptyAndPixellessImages) {
   }
 }
 
-TEST(PixelColour, ComparesSpecificationAndChannels) {
+TEST(PixelColour, ComparesSpecAndChannels) {
   const Image rgb = qav::test::imageOf(2, 1, RGB888, {1, 2, 3, 1, 2, 4});
   const Image deep(rgb->CreateConvertedCopy(RGB161616));
   QAVMMPIPixelColor first, second, other, none;

@@ -24,10 +24,10 @@ class QAV_EXPORT QAVMMPIColorSpace : public QAVBaseUnknown {
 /// What a pixel's channels are: a pixel format in a colour space. Reference counted.
 class QAV_EXPORT QAVMMPIPixelColorSpec : public QAVBaseUnknown {
  public:
-  /// New specification with one reference for the caller, or null for a format whose pixels have no colour. A null
-  /// space stands for sRGB; another one gets a reference of the specification's own.
+  /// New colour specification with one reference for the caller, or null for a format whose pixels have no colour. A
+  /// null space stands for sRGB; another one gets a reference of the colour specification's own.
   static QAVMMPIPixelColorSpec* CreatePixelColorSpec(QAVPixelImageFormat format, QAVMMPIColorSpace* space);
-  /// Specification of the image's pixels, with one reference for the caller, or null.
+  /// Colour specification of the image's pixels, with one reference for the caller, or null.
   static QAVMMPIPixelColorSpec* BuildOrRetrievePixelColorSpecFromPixelImage(const QAVPixelImage& image);
   /// True for the formats that hold `float` samples (10 and 11).
   static bool UsingFloatFormat(QAVPixelImageFormat format) noexcept;

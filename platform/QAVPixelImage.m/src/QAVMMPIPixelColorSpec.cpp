@@ -13,7 +13,7 @@ QAVMMPIPixelColorSpec* sharedSpec() {
   return spec;
 }
 
-// One specification for all images of a format, made on first use and kept until the process ends.
+// One colour specification for all images of a format, made on first use and kept until the process ends.
 QAVMMPIPixelColorSpec* sharedSpecOf(QAVPixelImageFormat format) {
   switch (format) {
     case L8:
