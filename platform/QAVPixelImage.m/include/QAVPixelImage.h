@@ -73,7 +73,7 @@ class QAV_EXPORT QAVPixelImage : public QAVBaseUnknown {
   virtual float* GetFloatingPixelsToModify();
   /// Samples of row `row` of a floating-point image; null for other formats and for rows outside the image.
   virtual float* GetFloatingRow(int row);
-  /// Colour colour specification of the image's format, shared and without a reference for the caller; null for formats
+  /// Colour specification of the image's format, shared and without a reference for the caller; null for formats
   /// whose pixels have no colour (`NoPixelStorage` and unknown ones).
   virtual QAVMMPIPixelColorSpec* getSpec();
   /// New image of the given size in this image's format, resampled with the kernel `kind`; null for sizes below 1,
