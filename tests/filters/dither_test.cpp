@@ -124,6 +124,23 @@ TEST(Dither, FixedWeightsAreThoseOfTheSerialLoopAtEverySize) {
   });
 }
 
+TEST(Dither, ThePictureOfTheTestCardUnderEveryMethod) {
+  const Image card(QAVPixelImage::CreateFromFile(QAV_TEST_CARD, QAVReadWrite, 0));
+  ASSERT_TRUE(card && card->ConvertToFormat(L8) == S_OK);
+  int width = 0, height = 0;
+  card->GetSize(width, height);
+  const Bytes grey = bytesOf(*card);
+  Bytes expected[6] = {grey, grey, grey, grey, grey, grey};
+  for (int type = 0; type < 4; ++type) diffusePlainly(expected[type], width, height, kMethods[type]);
+  SharedTable().diffuse(expected[4], width, height);
+  for (auto& pixel : expected[5]) pixel = pixel > 100 ? 255 : 0;
+  QAVMMediaImageProcessor::SetDitherThreshold(100);
+  atEveryLevel([&] {
+    for (int type = 0; type < 6; ++type) EXPECT_EQ(dithered(width, height, grey, type), expected[type]) << type;
+  });
+  QAVMMediaImageProcessor::SetDitherThreshold(127);
+}
+
 TEST(Dither, FixedWeightsStayWithinTheImage) {
   std::mt19937 random(4);
   atEveryLevel([&] {
