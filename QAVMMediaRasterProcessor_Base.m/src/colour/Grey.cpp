@@ -1,5 +1,6 @@
 #include <QAVMMediaImageProcessor.h>
 
+#include "PixelMemory.h"
 #include "formats/PixelSpan.h"
 #include "kernels/GreyConversion.h"
 
@@ -39,7 +40,7 @@ HRESULT greyPixels(QAVPixelImage& image, QAVMMIGreyType type) {
   const qav::PixelSpan span = qav::writablePixels(image);
   if (span.channels < 3 || !span.bytes) return E_FAIL;
   if (static_cast<std::uint32_t>(type) > QAVMMIGreyLumaCoarse) return E_NOTIMPL;
-  std::unique_ptr<unsigned char[]> grey(new unsigned char[span.pixels]);
+  std::unique_ptr<unsigned char[]> grey(newPixelBuffer(span.pixels));
   convert(span, type, grey.get());
   // The image has the array from here on, even when it fails.
   return image.ResetPixels(span.width, span.height, L8, grey.release(), QAVDeallocatePixelsByImage) == 0 ? S_OK

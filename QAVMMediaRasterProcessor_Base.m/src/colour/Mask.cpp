@@ -1,5 +1,6 @@
 #include <QAVMMediaImageProcessor.h>
 
+#include "PixelMemory.h"
 #include "kernels/MaskAlpha.h"
 
 #include <algorithm>
@@ -26,7 +27,7 @@ QAVPixelImage* QAVMMediaImageProcessor::Mask(const QAVPixelImage& source, const 
   if (!maskPixels || (!sourcePixels && pixels > 0)) return nullptr;
 
   // Every byte is written, so the buffer is made here: an image's own would be zeroed first.
-  std::unique_ptr<unsigned char[]> result(new unsigned char[4 * pixels]);
+  std::unique_ptr<unsigned char[]> result(newPixelBuffer(4 * pixels));
   const auto& kernels = qav::kernels::maskAlphaKernels();
   (type == QAVMMIMaskLuminance ? kernels.byLuminance : kernels.byAlpha)(sourcePixels, maskPixels, pixels, result.get());
   auto* image = new QAVPixelImage(width, height, RGBA8888, result.get(), QAVDeallocatePixelsByImage);

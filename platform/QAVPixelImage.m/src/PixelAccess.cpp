@@ -1,9 +1,10 @@
 #include "PixelAccess.h"
 #include "PixelLayout.h"
+#include "PixelMemory.h"
 
 ImagePtr makeUnfilledImage(int width, int height, QAVPixelImageFormat format) {
   if (pixelLayoutOf(format).channels == 0) return ImagePtr(new QAVPixelImage(width, height, format));
-  std::unique_ptr<unsigned char[]> pixels(new unsigned char[pixelBytes(width, height, format)]);
+  std::unique_ptr<unsigned char[]> pixels(newPixelBuffer(pixelBytes(width, height, format)));
   ImagePtr image(new QAVPixelImage(width, height, format, pixels.get(), QAVDeallocatePixelsByImage));
   pixels.release();
   return image;

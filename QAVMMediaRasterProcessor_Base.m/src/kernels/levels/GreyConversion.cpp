@@ -106,8 +106,10 @@ void convertPixels(const std::uint8_t* source, std::size_t pixels, const Formula
 #if QAV_KERNEL_LEVEL >= 1
   // A vector is read for three-byte pixels too, though fewer of its bytes are used.
   constexpr std::size_t reach = (kVectorBytes + channels - 1) / channels;
-  for (; i + reach <= pixels; i += kLanes<I32>)
+  for (; i + reach <= pixels; i += kLanes<I32>) {
+    prefetchPageAhead(source + i * channels);
     storeNarrowed(grey + i, formula(loadPixels<channels>(source + i * channels)));
+  }
 #endif
   for (; i < pixels; ++i) {
     const std::uint8_t* p = source + i * channels;

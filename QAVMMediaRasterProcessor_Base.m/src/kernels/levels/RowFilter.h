@@ -220,6 +220,7 @@ class Advance {
     return advanceVector<F>(taps, centre, above_ + slot_, current_ + slot_, below_ + slot_);
   }
   [[gnu::always_inline]] void whole(const Taps& taps) {
+    prefetchPageAhead(row_ + at_.i);
     store(out_ + at_.i, result(taps, inRegister(load<U8>(out_ + at_.i))));
   }
   [[gnu::always_inline]] void edge() {

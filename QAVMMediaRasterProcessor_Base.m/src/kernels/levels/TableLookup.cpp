@@ -82,6 +82,8 @@ void mapBytes(std::uint8_t* bytes, std::size_t count, const std::uint8_t* table)
   if (count >= 4 * kVectorBytes) {
     const Table map(table);
     for (; i + 2 * kVectorBytes <= count; i += 2 * kVectorBytes) {
+      prefetchPageAhead(bytes + i);
+      prefetchPageAhead(bytes + i + kVectorBytes);
       const U8 first = map(load<U8>(bytes + i));
       const U8 second = map(load<U8>(bytes + i + kVectorBytes));
       store(bytes + i, first);
@@ -127,6 +129,7 @@ void mapSelected(std::uint8_t* bytes, std::size_t pixels, int channels, unsigned
     for (; i + phases * kVectorBytes <= count; i += phases * kVectorBytes) {
       for (std::size_t v = 0; v < phases; ++v) {
         std::uint8_t* const at = bytes + i + v * kVectorBytes;
+        prefetchPageAhead(at);
         const U8 old = load<U8>(at);
         store(at, (map(old) & masks.mask[v]) | (old & ~masks.mask[v]));
       }
@@ -149,6 +152,7 @@ std::size_t mapEachVectors(std::uint8_t* bytes, std::size_t count, const std::ui
   for (; i + phases * kVectorBytes <= count; i += phases * kVectorBytes) {
 #pragma GCC unroll 3
     for (std::size_t v = 0; v < phases; ++v) {
+      prefetchPageAhead(bytes + i + v * kVectorBytes);
       const U8 old = load<U8>(bytes + i + v * kVectorBytes);
       U8 result = old;
 #pragma GCC unroll 4
