@@ -72,8 +72,8 @@ std::string table(const std::vector<Row>& rows) {
   out << "| Operation | Ours, ms | Best rival | Its ms | Ratio | Target |\n|---|---|---|---|---|---|\n";
   for (const Row& row : rows) {
     const bool compared = row.ours > 0 && row.rivals > 0;
-    out << "| " << row.operation << " | " << formatted("%.3f", row.ours) << " | " << row.rival << " | "
-        << (row.rivals > 0 ? formatted("%.3f", row.rivals) : "") << " | "
+    out << "| " << row.operation << " | " << (row.ours > 0 ? formatted("%.3f", row.ours) : "") << " | " << row.rival
+        << " | " << (row.rivals > 0 ? formatted("%.3f", row.rivals) : "") << " | "
         << (compared ? formatted("%.2f", row.rivals / row.ours) : "") << " | "
         << (row.target > 0 ? formatted("%.2f", row.target) : "")
         << (compared && row.rivals / row.ours < row.target ? " (below)" : "") << " |\n";

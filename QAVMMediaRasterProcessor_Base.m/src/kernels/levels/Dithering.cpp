@@ -370,8 +370,8 @@ void diffuseFront(std::uint8_t* pixels, std::size_t width, std::size_t height, s
 template <class Method>
 void diffuse(std::uint8_t* pixels, std::size_t width, std::size_t height, std::int16_t* scratch) {
 #if QAV_KERNEL_LEVEL >= 1
-  // A front of one or two rows is slower than the rows themselves.
-  if (height > 2) return diffuseFront<Method>(pixels, width, height, scratch);
+  // A front of one or two rows, or one whose slant is much longer than a row, is slower than the rows themselves.
+  if (height > 2 && width > 4) return diffuseFront<Method>(pixels, width, height, scratch);
 #endif
   diffuseRows<Method>(pixels, width, height, scratch);
 }
