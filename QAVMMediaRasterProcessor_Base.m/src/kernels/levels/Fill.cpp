@@ -8,7 +8,7 @@
 
 namespace {
 
-void fillSpan(std::uint8_t* pixels, std::size_t count, std::uint32_t colour) {
+[[gnu::always_inline]] inline void fill(std::uint8_t* pixels, std::size_t count, std::uint32_t colour) {
   constexpr std::size_t lanes = kLanes<U32>;
   const U32 wide = splat<U32>(colour);
   if (count >= lanes) {
@@ -21,6 +21,68 @@ void fillSpan(std::uint8_t* pixels, std::size_t count, std::uint32_t colour) {
 #else
   for (std::size_t i = 0; i < count; ++i) std::memcpy(pixels + 4 * i, &colour, 4);
 #endif
+}
+
+void fillSpan(std::uint8_t* pixels, std::size_t count, std::uint32_t colour) { fill(pixels, count, colour); }
+
+constexpr std::size_t kDoubles = kLanes<F64>;
+using Columns = std::int32_t __attribute__((vector_size(kVectorBytes / 2)));
+static_assert(kCrossingPadding % kDoubles == 0);
+
+// The lanes of v but the first, then the first of `after`.
+[[gnu::always_inline]] inline F64 following(F64 v, F64 after) {
+#if QAV_KERNEL_LEVEL >= 2
+  return (F64)_mm512_alignr_epi64((__m512i)after, (__m512i)v, 1);
+#elif QAV_KERNEL_LEVEL == 1
+  const __m256d middle = _mm256_permute2f128_pd((__m256d)v, (__m256d)after, 0x21);
+  return (F64)_mm256_shuffle_pd((__m256d)v, middle, 5);
+#else
+  return F64{v[1], after[0]};
+#endif
+}
+
+// Takes the crossings to the next row. True when they are still in order.
+[[gnu::always_inline]] inline bool advance(double* x, const double* slope, std::size_t padded) {
+  I64 outOfOrder{};
+  F64 after = splat<F64>(__builtin_inf());
+  for (std::size_t i = padded; i > 0;) {
+    i -= kDoubles;
+    const F64 here = load<F64>(x + i) + load<F64>(slope + i);
+    store(x + i, here);
+    outOfOrder |= (I64)(here > following(here, after));
+    after = here;
+  }
+  return signBits((U8)outOfOrder) == 0;
+}
+
+// Paints between each two crossings of one row. A pair that meets in one column leaves the row empty there.
+[[gnu::always_inline]] inline void paintRow(std::uint8_t* row, F64 rightmost, const double* x, std::size_t count,
+                                            std::uint32_t colour) {
+  for (std::size_t i = 0; i + 1 < count; i += kDoubles) {
+    F64 v = load<F64>(x + i);
+    v = v > F64{} ? v : F64{};
+    v = v < rightmost ? v : rightmost;
+    const auto columns = __builtin_convertvector(v, Columns);
+    std::int32_t ends[kDoubles];
+    std::memcpy(ends, &columns, sizeof columns);
+    const std::size_t pairs = (count - i) / 2 < kDoubles / 2 ? (count - i) / 2 : kDoubles / 2;
+    for (std::size_t k = 0; k < pairs; ++k) {
+      const std::int32_t first = ends[2 * k], last = ends[2 * k + 1];
+      if (first < last) fill(row + 4 * std::ptrdiff_t{first}, static_cast<std::size_t>(last - first + 1), colour);
+    }
+  }
+}
+
+std::size_t fillBetween(std::uint8_t* pixels, std::int32_t width, std::size_t rows, double* x, const double* slope,
+                        std::size_t count, std::uint32_t colour) {
+  const F64 rightmost = splat<F64>(width - 1);
+  const std::size_t padded = paddedCrossings(count);
+  for (std::size_t row = 0; row < rows; pixels += 4 * static_cast<std::ptrdiff_t>(width)) {
+    paintRow(pixels, rightmost, x, count, colour);
+    ++row;
+    if (!advance(x, slope, padded)) return row;
+  }
+  return rows;
 }
 
 // Pixels of one row, searched for a colour and recoloured. The first pixels of a run are taken one by one: runs are
@@ -157,6 +219,6 @@ void floodFill(std::uint8_t* pixels, std::int32_t width, std::int32_t height, st
 }  // namespace
 
 extern const FillKernels fill;
-const FillKernels fill = {&fillSpan, &floodFill};
+const FillKernels fill = {&fillSpan, &fillBetween, &floodFill};
 
 #include "RegionEnd.h"
