@@ -117,6 +117,33 @@ struct Row {
   }
   [[gnu::always_inline]] void recolourVector(std::int32_t x) const { store(at(x), splat<U32>(colour)); }
 
+  // Recolours the columns left..right when they are a whole run.
+  [[gnu::always_inline]] bool recolourRun(std::int32_t left, std::int32_t right, std::int32_t width) const {
+    if ((left > 0 && isOld(left - 1)) || (right + 1 < width && isOld(right + 1))) return false;
+    const std::int32_t count = right - left + 1;
+    if (count < kStep) return recolourShortRun(left, count);
+    const std::int32_t last = right + 1 - kStep;
+    for (std::int32_t x = left; x < last; x += kStep)
+      if (!allOld(x)) return false;
+    if (!allOld(last)) return false;
+    for (std::int32_t x = left; x < last; x += kStep) recolourVector(x);
+    recolourVector(last);
+    return true;
+  }
+  [[gnu::always_inline]] bool recolourShortRun(std::int32_t left, std::int32_t count) const {
+#if QAV_KERNEL_LEVEL >= 2
+    const auto bits = static_cast<__mmask16>((1u << count) - 1);
+    const __m512i pixelsHere = _mm512_maskz_loadu_epi32(bits, at(left));
+    if ((_mm512_cmpeq_epi32_mask(pixelsHere, (__m512i)splat<U32>(old)) & bits) != bits) return false;
+    _mm512_mask_storeu_epi32(at(left), bits, (__m512i)splat<U32>(colour));
+#else
+    for (std::int32_t i = 0; i < count; ++i)
+      if (!isOld(left + i)) return false;
+    for (std::int32_t i = 0; i < count; ++i) recolour(left + i);
+#endif
+    return true;
+  }
+
   // Recolours the run of old pixels from x to the right, not beyond `end`. Returns the column after it.
   [[gnu::always_inline]] std::int32_t recolourRight(std::int32_t x, std::int32_t end) const {
     const std::int32_t limit = end - x > kShort ? x + kShort : end;
@@ -210,9 +237,17 @@ void floodFill(std::uint8_t* pixels, std::int32_t width, std::int32_t height, st
   stack.push(y, x, x, 1);
   stack.push(y + 1, x, x, -1);
   while (!stack.empty()) {
-    const Seed seed = stack.pop();
-    const Row row = {pixels + (seed.row + seed.direction) * stride, old, colour, 12 * seed.direction * stride};
+    Seed seed = stack.pop();
+    Row row = {pixels + (seed.row + seed.direction) * stride, old, colour, 12 * seed.direction * stride};
+    // Mostly the next row has the same run.
+    while (row.recolourRun(seed.left, seed.right, width)) {
+      row.fetchAhead(seed.left);
+      seed.row += seed.direction;
+      row.pixels += seed.direction * stride;
+      if (seed.row + seed.direction < 0 || seed.row + seed.direction >= height) goto next;
+    }
     visitNeighbours(row, seed, width, stack);
+  next:;
   }
 }
 
