@@ -227,6 +227,19 @@ class SeedStack {
   }
 }
 
+// Rows mostly repeat the run of the row before. As long as they do, the seed walks on by itself: it would be the only
+// one pushed and the next one popped. Returns false when it has left the picture.
+[[gnu::always_inline]] inline bool followRun(Row& row, Seed& seed, std::int32_t width, std::int32_t height) {
+  const std::ptrdiff_t step = seed.direction * 4 * static_cast<std::ptrdiff_t>(width);
+  while (row.recolourRun(seed.left, seed.right, width)) {
+    row.fetchAhead(seed.left);
+    seed.row += seed.direction;
+    row.pixels += step;
+    if (seed.row + seed.direction < 0 || seed.row + seed.direction >= height) return false;
+  }
+  return true;
+}
+
 void floodFill(std::uint8_t* pixels, std::int32_t width, std::int32_t height, std::int32_t x, std::int32_t y,
                std::uint32_t colour) {
   const std::ptrdiff_t stride = 4 * static_cast<std::ptrdiff_t>(width);
@@ -239,15 +252,7 @@ void floodFill(std::uint8_t* pixels, std::int32_t width, std::int32_t height, st
   while (!stack.empty()) {
     Seed seed = stack.pop();
     Row row = {pixels + (seed.row + seed.direction) * stride, old, colour, 12 * seed.direction * stride};
-    // Mostly the next row has the same run.
-    while (row.recolourRun(seed.left, seed.right, width)) {
-      row.fetchAhead(seed.left);
-      seed.row += seed.direction;
-      row.pixels += seed.direction * stride;
-      if (seed.row + seed.direction < 0 || seed.row + seed.direction >= height) goto next;
-    }
-    visitNeighbours(row, seed, width, stack);
-  next:;
+    if (followRun(row, seed, width, height)) visitNeighbours(row, seed, width, stack);
   }
 }
 
