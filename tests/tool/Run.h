@@ -82,12 +82,16 @@ inline Outcome run(const std::vector<std::string>& arguments, const std::functio
   return finish(start(arguments, logs, prepare), logs);
 }
 
+/// The words between single spaces; spaces between single quotes belong to a word.
 inline std::vector<std::string> words(const std::string& line) {
   std::vector<std::string> all;
-  for (std::size_t start = 0; start < line.size();) {
-    const std::size_t end = std::min(line.find(' ', start), line.size());
-    all.push_back(line.substr(start, end - start));
-    start = end + 1;
+  bool quoted = false, inside = false;
+  for (const char letter : line) {
+    const bool ends = letter == ' ' && !quoted;
+    if (letter == '\'') quoted = !quoted;
+    if (!ends && !inside) all.emplace_back();
+    inside = !ends;
+    if (inside && letter != '\'') all.back() += letter;
   }
   return all;
 }
