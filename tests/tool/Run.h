@@ -1,5 +1,7 @@
 #pragma once
 
+#include "support/Images.h"
+
 #include <fcntl.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
@@ -22,6 +24,10 @@ inline std::string contentOf(const std::filesystem::path& path) {
 
 inline void writeFile(const std::filesystem::path& path, const std::string& content) {
   std::ofstream(path, std::ios::binary) << content;
+}
+
+inline Image readBack(const std::string& path) {
+  return Image(QAVPixelImage::CreateFromFile(path.c_str(), QAVReadOnly, 0));
 }
 
 /// A folder of its own for each test, gone at the end.
