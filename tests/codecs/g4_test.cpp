@@ -3,8 +3,7 @@
 #include "codecs/g4_reference.h"
 #include "support/GuardedBytes.h"
 #include "support/Levels.h"
-
-#include <tiffio.h>
+#include "support/MemoryTiff.h"
 
 #include <climits>
 #include <cstdlib>
@@ -113,38 +112,6 @@ TEST(G4, EveryBitmapSurvivesCodingAndDecoding) {
   });
 }
 
-// libtiff over a file in memory; its rows begin on whole bytes.
-struct MemoryFile {
-  Bytes bytes;
-  std::size_t at = 0;
-
-  static tmsize_t read(thandle_t h, void* to, tmsize_t n) {
-    auto& f = *static_cast<MemoryFile*>(h);
-    const std::size_t got = std::min(static_cast<std::size_t>(n), f.bytes.size() - std::min(f.at, f.bytes.size()));
-    if (got > 0) std::memcpy(to, f.bytes.data() + f.at, got);
-    f.at += got;
-    return static_cast<tmsize_t>(got);
-  }
-  static tmsize_t write(thandle_t h, void* from, tmsize_t n) {
-    auto& f = *static_cast<MemoryFile*>(h);
-    f.bytes.resize(std::max(f.bytes.size(), f.at + static_cast<std::size_t>(n)));
-    std::memcpy(f.bytes.data() + f.at, from, static_cast<std::size_t>(n));
-    f.at += static_cast<std::size_t>(n);
-    return n;
-  }
-  static toff_t seek(thandle_t h, toff_t to, int whence) {
-    auto& f = *static_cast<MemoryFile*>(h);
-    return f.at = static_cast<std::size_t>(to) + (whence == SEEK_CUR ? f.at : whence == SEEK_END ? f.bytes.size() : 0);
-  }
-  static int close(thandle_t) { return 0; }
-  static toff_t size(thandle_t h) { return static_cast<MemoryFile*>(h)->bytes.size(); }
-
-  TIFF* open(const char* mode) {
-    at = 0;
-    return TIFFClientOpen("memory", mode, this, &read, &write, &seek, &close, &size, nullptr, nullptr);
-  }
-};
-
 void describe(TIFF* tiff, const Bitmap& page) {
   TIFFSetField(tiff, TIFFTAG_IMAGEWIDTH, page.width);
   TIFFSetField(tiff, TIFFTAG_IMAGELENGTH, page.height);
@@ -154,6 +121,7 @@ void describe(TIFF* tiff, const Bitmap& page) {
   TIFFSetField(tiff, TIFFTAG_ROWSPERSTRIP, page.height);
 }
 
+// libtiff's rows begin on whole bytes.
 Bytes alignedRows(const Bitmap& page) {
   const std::size_t stride = (static_cast<std::size_t>(page.width) + 7) / 8;
   Bytes rows(stride * static_cast<std::size_t>(page.height));
@@ -169,7 +137,7 @@ Bytes alignedRows(const Bitmap& page) {
 TEST(G4, SpeaksTheLanguageOfLibtiff) {
   const auto compare = [](const Bitmap& page) {
     const Bytes rows = alignedRows(page);
-    MemoryFile theirs;
+    MemoryTiff theirs;
     TIFF* tiff = theirs.open("w");
     describe(tiff, page);
     Bytes copy = rows;

@@ -5,9 +5,15 @@
 namespace qav::test {
 namespace {
 
-std::vector<std::uint32_t> speckled(std::size_t count, unsigned colours, std::mt19937& random) {
-  std::vector<std::uint32_t> pixels(count);
-  for (auto& pixel : pixels) pixel = random() % colours == 0 ? 0xFF000001u : 0xFF000000u;
+// A mosaic of pieces `across` x `down` pixels, one of `colours` of them in another colour.
+std::vector<std::uint32_t> mosaic(int width, int height, unsigned across, unsigned down, unsigned colours,
+                                  std::mt19937& random) {
+  std::vector<std::uint32_t> pixels, pieces(static_cast<std::size_t>(width));
+  for (unsigned y = 0; y < static_cast<unsigned>(height); ++y) {
+    if (y % down == 0)
+      for (auto& piece : pieces) piece = random() % colours == 0 ? 0xFF000001u : 0xFF000000u;
+    for (unsigned x = 0; x < static_cast<unsigned>(width); ++x) pixels.push_back(pieces[x / across]);
+  }
   return pixels;
 }
 
@@ -16,8 +22,10 @@ TEST(Fill, RecoloursWhatThePlainStackReaches) {
   atEveryLevel([&] {
     for (int round = 0; round < 600; ++round) {
       const int width = 1 + static_cast<int>(random() % 120), height = 1 + static_cast<int>(random() % 40);
+      const auto across = static_cast<unsigned>(1 + random() % (round % 2 ? 1 : 40));
+      const auto down = static_cast<unsigned>(1 + random() % (round % 2 ? 1 : 9));
       Drawing drawing(width, height, random() % 4, 0);
-      drawing.set(speckled(drawing.plain.pixels.size(), 2 + static_cast<unsigned>(random() % 9), random));
+      drawing.set(mosaic(width, height, across, down, 2 + static_cast<unsigned>(random() % 9), random));
       for (int i = 0; i < 4; ++i) {
         const int x = static_cast<int>(random() % 130) - 4, y = static_cast<int>(random() % 44) - 2;
         const std::uint32_t colour = 0xFF000000u + static_cast<std::uint32_t>(random() % 3);

@@ -112,15 +112,6 @@ TEST(Ellipse, FollowsTheWalkForEveryRadius) {
   }
 }
 
-TEST(Ellipse, OfRadius1024IsRound) {
-  const Image image = makeImage(2100, 2100, RGBA8888);
-  QAVMMIHelperRGBA helper(*image);
-  helper.Circle(1050, 1050, 1024, 5, 0);
-  EXPECT_EQ(helper.Pick(1050, 26), 5u);
-  EXPECT_EQ(helper.Pick(1050, 2074), 5u);
-  EXPECT_EQ(helper.Pick(26, 1050), 5u);
-}
-
 TEST(Line, DrawsWhatIsVisibleOfAnEndlessOneAtOnce) {
   Drawing drawing(100, 20, 0, 1);
   for (int i = 0; i < 20000; ++i) drawing.helper.Line(-2000000000, 5, 2000000000, 7, 2, QAVMMIBrushPixel);

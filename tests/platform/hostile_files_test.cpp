@@ -69,25 +69,24 @@ TEST_F(HostileFile, NoPrefixGivesHalfAPicture) {
   }
 }
 
-TEST_F(HostileFile, EveryFlippedBitIsSurvived) {
-  for (const Seed& seed : seeds_)
-    for (std::size_t bit = 0; bit < seed.bytes.size() * 8; ++bit) {
-      if (std::strcmp(seed.type, "JPEG") == 0 && bit % 5) continue;  // these headers are long tables
-      Bytes damaged = seed.bytes;
+// Every bit turned over, and every second byte with the three behind it at its extremes.
+TEST_F(HostileFile, DamageIsSurvived) {
+  for (const Seed& seed : seeds_) {
+    Bytes damaged = seed.bytes;
+    // The headers of a JPEG are long tables.
+    for (std::size_t bit = 0; bit < damaged.size() * 8; bit += std::strcmp(seed.type, "JPEG") == 0 ? 5 : 1) {
       damaged[bit / 8] = static_cast<std::uint8_t>(damaged[bit / 8] ^ 1u << (bit % 8));
       read(damaged);
+      damaged[bit / 8] = seed.bytes[bit / 8];
     }
-}
-
-TEST_F(HostileFile, EveryByteAtItsExtremesIsSurvived) {
-  for (const Seed& seed : seeds_)
     for (std::size_t at = 0; at < seed.bytes.size(); at += 2)
-      for (const int value : {0x00, 0x7F, 0xFF}) {
-        Bytes damaged = seed.bytes;
-        for (std::size_t i = at; i < std::min(at + 4, damaged.size()); ++i)
-          damaged[i] = static_cast<std::uint8_t>(value);
+      for (const std::uint8_t value : Bytes{0x00, 0x7F, 0xFF}) {
+        damaged = seed.bytes;
+        std::fill_n(damaged.begin() + static_cast<std::ptrdiff_t>(at), std::min<std::size_t>(4, damaged.size() - at),
+                    value);
         read(damaged);
       }
+  }
 }
 
 TEST_F(HostileFile, ThingsThatAreNoPictures) {

@@ -1,10 +1,9 @@
 #include "CCITTCodeTables.h"
-#include "support/Files.h"
 #include "support/GuardedBytes.h"
+#include "support/MemoryTiff.h"
 
 #include <CCITT.h>
 #include <gtest/gtest.h>
-#include <tiffio.h>
 
 #include <memory>
 #include <random>
@@ -59,9 +58,9 @@ TEST(RowCodec, IgnoresTheBitsBehindTheLastPixel) {
 }
 
 // A row of one run of each colour, as libtiff's modified-Huffman codec (no end-of-line codes) writes it.
-Bytes codedByLibtiff(const qav::test::TemporaryFolder& folder, const Bytes& row, unsigned width) {
-  const std::string path = folder.path("row.tif");
-  TIFF* tiff = TIFFOpen(path.c_str(), "w");
+Bytes codedByLibtiff(const Bytes& row, unsigned width) {
+  qav::test::MemoryTiff file;
+  TIFF* tiff = file.open("w");
   TIFFSetField(tiff, TIFFTAG_IMAGEWIDTH, width);
   TIFFSetField(tiff, TIFFTAG_IMAGELENGTH, 1);
   TIFFSetField(tiff, TIFFTAG_BITSPERSAMPLE, 1);
@@ -70,7 +69,7 @@ Bytes codedByLibtiff(const qav::test::TemporaryFolder& folder, const Bytes& row,
   Bytes copy = row;
   TIFFWriteScanline(tiff, copy.data(), 0);
   TIFFClose(tiff);
-  tiff = TIFFOpen(path.c_str(), "r");
+  tiff = file.open("r");
   Bytes coded(static_cast<std::size_t>(TIFFRawStripSize(tiff, 0)));
   TIFFReadRawStrip(tiff, 0, coded.data(), static_cast<tmsize_t>(coded.size()));
   TIFFClose(tiff);
@@ -78,10 +77,9 @@ Bytes codedByLibtiff(const qav::test::TemporaryFolder& folder, const Bytes& row,
 }
 
 TEST(RowCodec, WritesTheSameCodesAsLibtiff) {
-  const qav::test::TemporaryFolder folder;
   std::mt19937 random(2);
   const auto check = [&](const Bytes& row, unsigned width) {
-    EXPECT_EQ(encode(row, width), codedByLibtiff(folder, row, width)) << width;
+    EXPECT_EQ(encode(row, width), codedByLibtiff(row, width)) << width;
   };
   for (const unsigned run : {1u, 63u, 64u, 1727u, 1728u, 1791u, 1792u, 2559u, 2560u, 2623u, 2624u, 5120u, 5183u, 7800u})
     for (const std::uint8_t colour : {std::uint8_t{0}, std::uint8_t{255}}) {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "support/Images.h"
+
 #include <fcntl.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
@@ -22,6 +24,10 @@ inline std::string contentOf(const std::filesystem::path& path) {
 
 inline void writeFile(const std::filesystem::path& path, const std::string& content) {
   std::ofstream(path, std::ios::binary) << content;
+}
+
+inline Image readBack(const std::string& path) {
+  return Image(QAVPixelImage::CreateFromFile(path.c_str(), QAVReadOnly, 0));
 }
 
 /// A folder of its own for each test, gone at the end.
@@ -82,12 +88,16 @@ inline Outcome run(const std::vector<std::string>& arguments, const std::functio
   return finish(start(arguments, logs, prepare), logs);
 }
 
+/// The words between single spaces; spaces between single quotes belong to a word.
 inline std::vector<std::string> words(const std::string& line) {
   std::vector<std::string> all;
-  for (std::size_t start = 0; start < line.size();) {
-    const std::size_t end = std::min(line.find(' ', start), line.size());
-    all.push_back(line.substr(start, end - start));
-    start = end + 1;
+  bool quoted = false, inside = false;
+  for (const char letter : line) {
+    const bool ends = letter == ' ' && !quoted;
+    if (letter == '\'') quoted = !quoted;
+    if (!ends && !inside) all.emplace_back();
+    inside = !ends;
+    if (inside && letter != '\'') all.back() += letter;
   }
   return all;
 }

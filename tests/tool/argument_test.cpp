@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <optional>
 
 #include "Errors.h"
@@ -48,6 +49,7 @@ TEST(Arguments, AreReadWhollyOrRefused) {
        {{"-1", "-1.000000"}, {"+.5", "0.500000"}, {"1e-1", "0.100000"}},
        {"", "+", "+-1", "1.01", "-1.0001", "inf", "nan", "0,5", "1 ", " 1", "0x1", "1e999"}},
       {anyNumber("N"), {{"-1e30", nullptr}}, {"inf", "-inf", "nan"}},
+      {number("N", 0, HUGE_VAL), {{"1e300", nullptr}}, {"inf", "-1e-9", "nan"}},
       {integer("I", -3, 255), {{"-3", "-3"}, {"+255", "255"}}, {"256", "-4", "1.0", "1e2", "99999999999999999999", ""}},
       {choice("C", {{"box", 0}, {"gauss", 8}}), {{"box", "0"}, {"gauss", "8"}}, {"Box", "bo", "", "8"}},
       {channels, {{"r", "2"}, {"agr", "22"}, {"rr", "2"}, {"all", "31"}}, {"", "x", "rx", "allr"}},
@@ -73,6 +75,12 @@ TEST(Arguments, AreReadWhollyOrRefused) {
     }
     for (const char* text : each.refused) EXPECT_FALSE(parsed(each.argument, text).has_value()) << "'" << text << "'";
   }
+}
+
+TEST(Arguments, AreDescribedBriefly) {
+  EXPECT_EQ(describe(number("N", -0.5, 3, "pixels")), "a number from -0.5 to 3 (pixels)");
+  EXPECT_EQ(describe(number("N", 0, HUGE_VAL)), "a number of at least 0");
+  EXPECT_EQ(describe(anyNumber("N")), "a number");
 }
 
 TEST(Suggestions, NameTheClosestOptionThatIsClose) {

@@ -11,10 +11,6 @@
 namespace qav::test {
 namespace {
 
-Image readPicture(const std::string& path) {
-  return Image(QAVPixelImage::CreateFromFile(path.c_str(), QAVReadOnly, 0));
-}
-
 TEST(Group4Files, HoldThePictureAsTheConversionMakesIt) {
   std::mt19937 random(5);
   for (const auto& [width, height] : {std::pair{13, 9}, {64, 3}, {1, 1}, {257, 31}}) {
@@ -36,7 +32,7 @@ TEST(Group4Files, HoldThePictureAsTheConversionMakesIt) {
 
     const std::string sizeText = std::to_string(width) + "x" + std::to_string(height);
     ASSERT_EQ(run({folder / "page.g4", "-o", folder / "out.tif", "--size", sizeText}).code, 0);
-    const Image back = readPicture(folder / "out.tif");
+    const Image back = readBack(folder / "out.tif");
     ASSERT_TRUE(back);
     EXPECT_EQ(back->GetFormat(), BitonalRuns);
     back->ExpandRuns(0);
@@ -53,7 +49,7 @@ TEST(BlockRecordFiles, AreReadAsColour) {
   file.image(3, 2, 10400, 1, 0).record({1, 2, 3, 4, 5, 6}).record({11, 12, 13, 14, 15, 16}).record({7, 7, 7, 8, 8, 8});
   writeFile(folder / "in.rip", asText(file.bytes()));
   ASSERT_EQ(run({folder / "in.rip", "-o", folder / "out.png"}).code, 0);
-  const Image picture = readPicture(folder / "out.png");
+  const Image picture = readBack(folder / "out.png");
   ASSERT_TRUE(picture);
   ASSERT_EQ(picture->GetFormat(), RGB888);
   const std::vector<std::uint8_t> expected{1, 11, 7, 2, 12, 7, 3, 13, 7, 4, 14, 8, 5, 15, 8, 6, 16, 8};

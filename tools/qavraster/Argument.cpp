@@ -41,7 +41,7 @@ std::string shortest(double value) {
 }
 
 std::string range(const Argument& argument) {
-  if (std::isinf(argument.low) && std::isinf(argument.high)) return "";
+  if (std::isinf(argument.high)) return std::isinf(argument.low) ? "" : " of at least " + shortest(argument.low);
   return " from " + shortest(argument.low) + " to " + shortest(argument.high);
 }
 

@@ -34,7 +34,7 @@ struct Argument {
 
 using Choices = std::vector<std::pair<std::string, int>>;
 
-/// A finite number from `low` to `high`.
+/// A finite number from `low` to `high`, which may be infinite.
 Argument number(std::string name, double low, double high, std::string unit = "");
 Argument anyNumber(std::string name, std::string unit = "");
 Argument integer(std::string name, std::int64_t low, std::int64_t high, std::string unit = "");

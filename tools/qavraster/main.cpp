@@ -28,7 +28,11 @@ void apply(const std::vector<Step>& steps, std::size_t at, Context& context) {
   }
   takeOwnSettings(steps, at, context);
   context.operation = step.text;
-  step.operation->run(context, step.values);
+  try {
+    step.operation->run(context, step.values);
+  } catch (const UsageError& error) {
+    throw UsageError("--" + step.operation->name + ": " + error.what());
+  }
 }
 
 // Settings of the input's file format may stand anywhere on the command line.

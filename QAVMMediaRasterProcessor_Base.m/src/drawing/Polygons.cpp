@@ -2,8 +2,7 @@
 
 #include "drawing/Canvas.h"
 #include "drawing/Lines.h"
-#include "drawing/Spans.h"
-#include "formats/Saturate.h"
+#include "kernels/Fill.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -57,42 +56,43 @@ bool isVisible(Point a, Point b, const Canvas& canvas) {
 // first.
 class EdgeList {
  public:
-  explicit EdgeList(std::span<Edge> edges) : edges_(edges) {
+  explicit EdgeList(std::span<Edge> edges)
+      : edges_(edges), places_(new double[2 * kernels::paddedCrossings(edges.size())]) {
     std::sort(edges.begin(), edges.end(), [](const Edge& a, const Edge& b) { return a.first < b.first; });
   }
 
-  std::span<const Edge> advanceTo(std::int64_t row) {
-    if (!step(row) || (next_ < edges_.size() && edges_[next_].first == row)) rebuild(row);
-    return edges_.first(active_);
-  }
-
-  /// The first row from `row` on that an edge may cross, given the edges of the row before; `end` if there is none.
-  std::int64_t nextRow(std::int64_t row, std::int64_t end) const {
-    if (active_ > 0) return row;
-    return next_ < edges_.size() ? edges_[next_].first : end;
+  /// Fills all rows of the canvas.
+  void fill(const Canvas& canvas, std::uint32_t colour) {
+    const auto fillBetween = kernels::fillKernels().fillBetween;
+    for (std::int64_t row = 0; (row = enter(row, canvas.height)) < canvas.height;) {
+      const Places places = collectPlaces();
+      const std::int64_t end = std::min(canvas.height, endOfActive());
+      const std::size_t filled =
+          fillBetween(canvas.at(0, row), static_cast<std::int32_t>(canvas.width), static_cast<std::size_t>(end - row),
+                      places.x, places.slope, active_, colour);
+      for (std::size_t i = 0; i < active_; ++i) edges_[i].x = places.x[i];
+      row += static_cast<std::int64_t>(filled);
+    }
   }
 
  private:
-  // Takes the active edges to the next row. True when each still crosses it and they are in order.
-  bool step(std::int64_t row) {
-    bool settled = true;
-    double previous = -std::numeric_limits<double>::infinity();
-    for (Edge& edge : edges_.first(active_)) {
-      edge.x += edge.slope;
-      settled = settled & (row <= edge.last) & (previous <= edge.x);
-      previous = edge.x;
-    }
-    return settled;
-  }
+  struct Places {
+    double* x;
+    double* slope;
+  };
 
-  void rebuild(std::int64_t row) {
+  // Drops the edges that end before the row, takes those that begin on it and puts all in order. With no edge left the
+  // row is the next one that has any, or `end`.
+  std::int64_t enter(std::int64_t row, std::int64_t end) {
     moves_ = 16 * edges_.size();
     const std::size_t old = std::exchange(active_, 0);
     for (std::size_t i = 0; i < old; ++i)
       if (row <= edges_[i].last) insert(Edge(edges_[i]));
+    if (active_ == 0) row = next_ < edges_.size() ? edges_[next_].first : end;
     for (; next_ < edges_.size() && edges_[next_].first == row; ++next_) insert(Edge(edges_[next_]));
     const std::span<Edge> active = edges_.first(active_);
     if (moves_ == 0) std::sort(active.begin(), active.end(), [](const Edge& a, const Edge& b) { return a.x < b.x; });
+    return row;
   }
 
   // Edges hardly change places from row to row. Where they do, sorting them all at once is left for the end.
@@ -103,21 +103,29 @@ class EdgeList {
     edges_[place] = edge;
   }
 
+  // The first row from which the same edges no longer cross all rows.
+  std::int64_t endOfActive() const {
+    std::int64_t end = next_ < edges_.size() ? edges_[next_].first : std::numeric_limits<std::int64_t>::max();
+    for (const Edge& edge : edges_.first(active_)) end = std::min<std::int64_t>(end, edge.last + std::int64_t{1});
+    return end;
+  }
+
+  Places collectPlaces() {
+    const std::size_t padded = kernels::paddedCrossings(active_);
+    const Places places{places_.get(), places_.get() + padded};
+    for (std::size_t i = 0; i < padded; ++i) {
+      places.x[i] = i < active_ ? edges_[i].x : std::numeric_limits<double>::infinity();
+      places.slope[i] = i < active_ ? edges_[i].slope : 0;
+    }
+    return places;
+  }
+
   std::span<Edge> edges_;
+  std::unique_ptr<double[]> places_;
   std::size_t active_ = 0;
   std::size_t next_ = 0;
   std::size_t moves_ = 0;
 };
-
-void fillBetween(const Canvas& canvas, std::span<Edge> edges, std::uint32_t colour) {
-  const SpanPainter paint(canvas, colour);
-  EdgeList list(edges);
-  for (std::int64_t row = list.nextRow(0, canvas.height); row < canvas.height;
-       row = list.nextRow(row + 1, canvas.height)) {
-    const std::span<const Edge> active = list.advanceTo(row);
-    for (std::size_t i = 0; i + 1 < active.size(); i += 2) paint(row, intFrom(active[i].x), intFrom(active[i + 1].x));
-  }
-}
 
 }  // namespace
 
@@ -133,7 +141,7 @@ void drawPolygons(const Canvas& canvas, std::span<const int> counts, const int* 
     drawLine(canvas, a, b, colour);
     if (isVisible(a, b, canvas)) edges[used++] = edgeBetween(a, b);
   });
-  fillBetween(canvas, {edges.get(), used}, colour);
+  EdgeList({edges.get(), used}).fill(canvas, colour);
 }
 
 }  // namespace qav

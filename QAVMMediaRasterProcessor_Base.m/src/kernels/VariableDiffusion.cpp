@@ -2,6 +2,8 @@
 
 #include "kernels/VariableDiffusionTable.h"
 
+#include <array>
+
 namespace qav::kernels {
 namespace {
 
@@ -20,47 +22,64 @@ Value ready(Value value) {
   return value;
 }
 
+// The shares by the pixel's value, beside what a white pixel takes from its neighbour to the right.
+struct Weights {
+  std::int32_t right, downLeft, down, rightOfWhite;
+};
+
+constexpr std::array<Weights, 256> weightsByValue() {
+  std::array<Weights, 256> weights{};
+  for (std::size_t value = 1; value < 255; ++value) {
+    const DiffusionShares& shares = kVariableDiffusionShares[value < 128 ? value : 255 - value];
+    weights[value] = {shares.right, shares.downLeft, shares.down, 255 * shares.right};
+  }
+  return weights;
+}
+
+constexpr std::array<Weights, 256> kWeights = weightsByValue();
+
 // The sums wrap: pictures exist whose errors grow beyond 32 bits.
 //
 // Everything hangs on one chain, from a pixel's sum to its error to the next pixel's sum. So the next sum is prepared
 // for both outcomes while the product with the unreduced level is on its way.
 template <std::ptrdiff_t direction>
-const DiffusionShares* diffuseRow(std::uint8_t* pixel, std::size_t width, std::uint32_t* sum,
-                                  const DiffusionShares* shares) {
-  std::uint32_t total = (static_cast<std::uint32_t>(*pixel) << kFraction) + *sum;
+const Weights* diffuseRow(std::uint8_t* pixel, std::size_t width, std::uint32_t* sum, const Weights* weights) {
+  std::uint32_t value = *pixel;
+  std::uint32_t total = (value << kFraction) + *sum;
   std::uint32_t below = 0;
-  for (std::size_t left = width; left > 0; --left, pixel += direction, sum += direction) {
-    const unsigned value = *pixel;
-    const unsigned distance = value < 128 ? value : 255 - value;
-    const DiffusionShares* const own = ready(&kVariableDiffusionShares[distance]);
-    shares = distance == 0 ? shares : own;
-    const DiffusionShares now = *shares;
-    const std::uint8_t following = left > 1 ? pixel[direction] : 0;
-    const std::uint32_t black = ready((static_cast<std::uint32_t>(following) << kFraction) + sum[direction]);
-    const std::uint32_t white = ready(black - times(255, now.right));
+  const auto diffuse = [&](std::uint32_t following) {
+    const Weights* const own = ready(&kWeights[value]);
+    weights = value - 1 < 254 ? own : weights;
+    const std::uint32_t black = ready((following << kFraction) + sum[direction]);
+    const std::uint32_t white = ready(black - static_cast<std::uint32_t>(weights->rightOfWhite));
 
     const std::int32_t level = static_cast<std::int32_t>(total) >> kFraction;
-    const std::uint32_t base = static_cast<std::int32_t>(total) >= kWhiteFrom ? white : black;
-    total = times(level, now.right) + base;
+    const std::int32_t levelOfWhite = ready(level - 255);
+    const bool isWhite = static_cast<std::int32_t>(total) >= kWhiteFrom;
+    const std::int32_t error = isWhite ? levelOfWhite : level;
+    total = times(level, weights->right) + (isWhite ? white : black);
 
-    const std::int32_t whiteMask = (127 - level) >> 31;
-    const std::int32_t error = level - (whiteMask & 255);
-    *pixel = static_cast<std::uint8_t>(whiteMask);
-    sum[-direction] = below + times(error, now.downLeft);
-    below = times(error, now.down);
-  }
+    *pixel = static_cast<std::uint8_t>(-static_cast<int>(isWhite));
+    sum[-direction] = below + times(error, weights->downLeft);
+    below = times(error, weights->down);
+    value = following;
+    pixel += direction;
+    sum += direction;
+  };
+  for (std::size_t left = width - 1; left > 0; --left) diffuse(pixel[direction]);
+  diffuse(0);
   sum[-direction] = below;
-  return shares;
+  return weights;
 }
 
 }  // namespace
 
 void diffuseVariably(std::uint8_t* pixels, std::size_t width, std::size_t height, std::uint32_t* sums) noexcept {
   if (width == 0) return;
-  const DiffusionShares* shares = &kVariableDiffusionShares[0];
+  const Weights* weights = kWeights.data();
   for (std::size_t y = 0; y < height; ++y, pixels += width)
-    shares = y % 2 == 0 ? diffuseRow<1>(pixels, width, sums + 1, shares)
-                        : diffuseRow<-1>(pixels + width - 1, width, sums + width, shares);
+    weights = y % 2 == 0 ? diffuseRow<1>(pixels, width, sums + 1, weights)
+                         : diffuseRow<-1>(pixels + width - 1, width, sums + width, weights);
 }
 
 }  // namespace qav::kernels

@@ -1,15 +1,17 @@
 #include "support/Comparison.h"
 #include "support/TextPage.h"
 
-#include "MemoryFile.h"
+#include "tests/support/MemoryTiff.h"
 
 namespace qav::bench {
 namespace {
 
-MemoryFile encode() {
-  MemoryFile file;
+using test::MemoryTiff;
+
+MemoryTiff encode() {
+  MemoryTiff file;
   file.bytes.reserve(textPage().size());
-  TIFF* tiff = openFile(file, "w");
+  TIFF* tiff = file.open("w");
   TIFFSetField(tiff, TIFFTAG_IMAGEWIDTH, kPageWidth);
   TIFFSetField(tiff, TIFFTAG_IMAGELENGTH, kPageHeight);
   TIFFSetField(tiff, TIFFTAG_COMPRESSION, COMPRESSION_CCITTFAX4);
@@ -26,9 +28,9 @@ MemoryFile encode() {
     add("G4 encode, text page", "libtiff", [] { keep(encode().bytes.data()); }),
     add("G4 decode, text page", "libtiff",
         [] {
-          static MemoryFile file = encode();
+          static MemoryTiff file = encode();
           static std::vector<std::uint8_t> page(textPage().size());
-          TIFF* tiff = openFile(file, "r");
+          TIFF* tiff = file.open("r");
           TIFFReadEncodedStrip(tiff, 0, page.data(), static_cast<tmsize_t>(page.size()));
           TIFFClose(tiff);
         }),

@@ -1,12 +1,14 @@
 #include "support/PrintData.h"
 
-#include "MemoryFile.h"
+#include "tests/support/MemoryTiff.h"
 
 namespace qav::bench {
 namespace {
 
-void encode(MemoryFile& file, const std::vector<std::uint8_t>& page) {
-  TIFF* tiff = openFile(file, "w");
+using test::MemoryTiff;
+
+void encode(MemoryTiff& file, const std::vector<std::uint8_t>& page) {
+  TIFF* tiff = file.open("w");
   TIFFSetField(tiff, TIFFTAG_IMAGEWIDTH, kPageWidth);
   TIFFSetField(tiff, TIFFTAG_IMAGELENGTH, kPageHeight);
   TIFFSetField(tiff, TIFFTAG_COMPRESSION, COMPRESSION_PACKBITS);
@@ -18,21 +20,21 @@ void encode(MemoryFile& file, const std::vector<std::uint8_t>& page) {
   TIFFClose(tiff);
 }
 
-void decode(MemoryFile& file) {
+void decode(MemoryTiff& file) {
   static std::vector<std::uint8_t> page(greyText().size());
-  TIFF* tiff = openFile(file, "r");
+  TIFF* tiff = file.open("r");
   TIFFReadEncodedStrip(tiff, 0, page.data(), static_cast<tmsize_t>(page.size()));
   TIFFClose(tiff);
 }
 
-MemoryFile& textFile() {
-  static MemoryFile file;
+MemoryTiff& textFile() {
+  static MemoryTiff file;
   if (file.bytes.empty()) encode(file, greyText());
   return file;
 }
 
-MemoryFile& photographFile() {
-  static MemoryFile file;
+MemoryTiff& photographFile() {
+  static MemoryTiff file;
   if (file.bytes.empty()) encode(file, greyPhotograph());
   return file;
 }

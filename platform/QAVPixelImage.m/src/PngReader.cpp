@@ -1,37 +1,13 @@
 #include "ImageFiles.h"
-
-#include <png.h>
+#include "PngSession.h"
 
 #include <bit>
 
 namespace {
 
-// libpng leaves a failing call by longjmp. Each function that sets a jump holds nothing that needs destroying.
-
-[[noreturn]] void leave(png_structp png, png_const_charp) { png_longjmp(png, 1); }
-void keepQuiet(png_structp, png_const_charp) {}
-
 void readBytes(png_structp png, png_bytep data, std::size_t count) {
   if (std::fread(data, 1, count, static_cast<std::FILE*>(png_get_io_ptr(png))) != count) png_error(png, "cut short");
 }
-
-class PngReading {
- public:
-  PngReading() : png_(png_create_read_struct(PNG_LIBPNG_VER_STRING, nullptr, leave, keepQuiet)) {
-    if (png_) info_ = png_create_info_struct(png_);
-  }
-  ~PngReading() { png_destroy_read_struct(&png_, &info_, nullptr); }
-  PngReading(const PngReading&) = delete;
-  PngReading& operator=(const PngReading&) = delete;
-
-  bool IsReady() const { return png_ && info_; }
-  png_structp Png() const { return png_; }
-  png_infop Info() const { return info_; }
-
- private:
-  png_structp png_ = nullptr;
-  png_infop info_ = nullptr;
-};
 
 bool readHeader(png_structp png, png_infop info, const InputFile& file) {
   if (setjmp(png_jmpbuf(png))) return false;
@@ -82,7 +58,7 @@ bool readPixels(png_structp png, png_infop info, unsigned char* pixels) {
 }  // namespace
 
 ImagePtr readPng(InputFile& file) {
-  const PngReading reading;
+  const PngSession reading(PngSession::Direction::Read);
   png_structp png = reading.Png();
   png_infop info = reading.Info();
   if (!reading.IsReady() || !readHeader(png, info, file)) return nullptr;

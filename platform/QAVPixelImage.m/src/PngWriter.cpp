@@ -1,37 +1,15 @@
 #include "ImageFiles.h"
 #include "PixelLayout.h"
-
-#include <png.h>
+#include "PngSession.h"
 
 #include <bit>
 
 namespace {
 
-[[noreturn]] void leave(png_structp png, png_const_charp) { png_longjmp(png, 1); }
-void keepQuiet(png_structp, png_const_charp) {}
-
 void writeBytes(png_structp png, png_bytep data, std::size_t count) {
   if (std::fwrite(data, 1, count, static_cast<std::FILE*>(png_get_io_ptr(png))) != count) png_error(png, "cut short");
 }
 void flush(png_structp) {}
-
-class PngWriting {
- public:
-  PngWriting() : png_(png_create_write_struct(PNG_LIBPNG_VER_STRING, nullptr, leave, keepQuiet)) {
-    if (png_) info_ = png_create_info_struct(png_);
-  }
-  ~PngWriting() { png_destroy_write_struct(&png_, &info_); }
-  PngWriting(const PngWriting&) = delete;
-  PngWriting& operator=(const PngWriting&) = delete;
-
-  bool IsReady() const { return png_ && info_; }
-  png_structp Png() const { return png_; }
-  png_infop Info() const { return info_; }
-
- private:
-  png_structp png_ = nullptr;
-  png_infop info_ = nullptr;
-};
 
 struct Rows {
   ImageSize size;
@@ -61,7 +39,7 @@ bool writePicture(png_structp png, png_infop info, std::FILE* file, const Rows& 
 }  // namespace
 
 bool writePng(std::FILE* file, const QAVPixelImage& image) {
-  const PngWriting writing;
+  const PngSession writing(PngSession::Direction::Write);
   const Rows rows{sizeOf(image), pixelLayoutOf(image.GetFormat()), pixelsToRead(image)};
   return writing.IsReady() && writePicture(writing.Png(), writing.Info(), file, rows);
 }

@@ -96,15 +96,15 @@ int compareFiles(const Values& values, const Settings& settings) {
 }
 
 std::vector<Setting> comparisonSettings() {
-  constexpr double kMost = std::numeric_limits<double>::max();
+  constexpr double kAny = std::numeric_limits<double>::infinity();
   return {
       {"out", {text("DIR", "folder")}, "Writes pictures of the differences to DIR.", {}},
-      {"threshold", {number("T", 0, kMost)}, "Smallest difference that counts.", {"1"}},
+      {"threshold", {number("T", 0, kAny)}, "Smallest difference that counts.", {"1"}},
       {"sigmas",
        {integer("N", 0, 1000)},
        "Marks what lies further than N deviations from the mean; 0 for none.",
        {"0"}},
-      {"scale", {number("L", 0, kMost)}, "Difference at which the pictures reach black, or red.", {"10"}},
+      {"scale", {number("L", 0, kAny)}, "Difference at which the pictures reach black, or red.", {"10"}},
       {"heat", {}, "Makes the pictures heat maps.", {}},
       {"relative", {}, "Writes also a picture whose scale is the largest difference.", {}},
       {"json", {}, "Prints JSON.", {}},

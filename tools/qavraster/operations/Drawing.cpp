@@ -90,7 +90,7 @@ Style takeStyle(Words& words) {
     else
       break;
   }
-  if (words.empty()) throw UsageError("draw: give a colour");
+  if (words.empty()) throw UsageError("give a colour");
   return style;
 }
 
@@ -129,7 +129,7 @@ void makeRGBA(Context& c, QAVPixelImage& image) {
 
 void draw(Context& c, const Values& v) {
   Words words = split(v.text(0));
-  if (words.size() < 2) throw UsageError("draw: give a shape, its coordinates and a colour");
+  if (words.size() < 2) throw UsageError("give a shape, its coordinates and a colour");
   const std::string name = words.front();
   words.erase(words.begin());
   const Style style = takeStyle(words);
@@ -144,7 +144,7 @@ void blend(Context& c, const Values& v) {
   const std::string& text = v.text(0);
   const std::size_t at = text.rfind('@'), comma = text.rfind(',');
   if (at == std::string::npos || comma == std::string::npos || comma < at)
-    throw UsageError("blend: '" + text + "' is not right; give FILE@X,Y");
+    throw UsageError("'" + text + "' is not right; give FILE@X,Y");
   const int x = coordinateOf("X", text.substr(at + 1, comma - at - 1)), y = coordinateOf("Y", text.substr(comma + 1));
   const Image source = c.read(text.substr(0, at));
   makeRGBA(c, *source);

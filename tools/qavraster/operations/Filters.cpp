@@ -47,11 +47,12 @@ std::vector<float> weightsIn(const std::string& text, const Context& context) {
   for (std::size_t at = text.find_first_not_of(separators); at != std::string::npos;
        at = text.find_first_not_of(separators, at)) {
     const std::size_t end = std::min(text.find_first_of(separators, at), text.size());
-    const std::size_t first = text[at] == '+' ? at + 1 : at;
+    const std::string word = text.substr(at, end - at);
+    const char* const first = word.data() + (word[0] == '+' ? 1 : 0);
     float weight = 0.0f;
-    const auto [stop, error] = std::from_chars(text.data() + first, text.data() + end, weight);
-    if (error != std::errc() || stop != text.data() + end || !std::isfinite(weight))
-      context.fail("'" + text.substr(at, end - at) + "' is no number");
+    const auto [stop, error] = std::from_chars(first, word.data() + word.size(), weight);
+    if (error != std::errc() || stop != word.data() + word.size() || !std::isfinite(weight))
+      context.fail("'" + word + "' is no number");
     weights.push_back(weight);
     at = end;
   }

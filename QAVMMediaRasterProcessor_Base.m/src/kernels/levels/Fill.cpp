@@ -8,7 +8,7 @@
 
 namespace {
 
-void fillSpan(std::uint8_t* pixels, std::size_t count, std::uint32_t colour) {
+[[gnu::always_inline]] inline void fill(std::uint8_t* pixels, std::size_t count, std::uint32_t colour) {
   constexpr std::size_t lanes = kLanes<U32>;
   const U32 wide = splat<U32>(colour);
   if (count >= lanes) {
@@ -21,6 +21,68 @@ void fillSpan(std::uint8_t* pixels, std::size_t count, std::uint32_t colour) {
 #else
   for (std::size_t i = 0; i < count; ++i) std::memcpy(pixels + 4 * i, &colour, 4);
 #endif
+}
+
+void fillSpan(std::uint8_t* pixels, std::size_t count, std::uint32_t colour) { fill(pixels, count, colour); }
+
+constexpr std::size_t kDoubles = kLanes<F64>;
+using Columns = std::int32_t __attribute__((vector_size(kVectorBytes / 2)));
+static_assert(kCrossingPadding % kDoubles == 0);
+
+// The lanes of v but the first, then the first of `after`.
+[[gnu::always_inline]] inline F64 following(F64 v, F64 after) {
+#if QAV_KERNEL_LEVEL >= 2
+  return (F64)_mm512_alignr_epi64((__m512i)after, (__m512i)v, 1);
+#elif QAV_KERNEL_LEVEL == 1
+  const __m256d middle = _mm256_permute2f128_pd((__m256d)v, (__m256d)after, 0x21);
+  return (F64)_mm256_shuffle_pd((__m256d)v, middle, 5);
+#else
+  return F64{v[1], after[0]};
+#endif
+}
+
+// Takes the crossings to the next row. True when they are still in order.
+[[gnu::always_inline]] inline bool advance(double* x, const double* slope, std::size_t padded) {
+  I64 outOfOrder{};
+  F64 after = splat<F64>(__builtin_inf());
+  for (std::size_t i = padded; i > 0;) {
+    i -= kDoubles;
+    const F64 here = load<F64>(x + i) + load<F64>(slope + i);
+    store(x + i, here);
+    outOfOrder |= (I64)(here > following(here, after));
+    after = here;
+  }
+  return signBits((U8)outOfOrder) == 0;
+}
+
+// Paints between each two crossings of one row. A pair that meets in one column leaves the row empty there.
+[[gnu::always_inline]] inline void paintRow(std::uint8_t* row, F64 rightmost, const double* x, std::size_t count,
+                                            std::uint32_t colour) {
+  for (std::size_t i = 0; i + 1 < count; i += kDoubles) {
+    F64 v = load<F64>(x + i);
+    v = v > F64{} ? v : F64{};
+    v = v < rightmost ? v : rightmost;
+    const auto columns = __builtin_convertvector(v, Columns);
+    std::int32_t ends[kDoubles];
+    std::memcpy(ends, &columns, sizeof columns);
+    const std::size_t pairs = (count - i) / 2 < kDoubles / 2 ? (count - i) / 2 : kDoubles / 2;
+    for (std::size_t k = 0; k < pairs; ++k) {
+      const std::int32_t first = ends[2 * k], last = ends[2 * k + 1];
+      if (first < last) fill(row + 4 * std::ptrdiff_t{first}, static_cast<std::size_t>(last - first + 1), colour);
+    }
+  }
+}
+
+std::size_t fillBetween(std::uint8_t* pixels, std::int32_t width, std::size_t rows, double* x, const double* slope,
+                        std::size_t count, std::uint32_t colour) {
+  const F64 rightmost = splat<F64>(width - 1);
+  const std::size_t padded = paddedCrossings(count);
+  for (std::size_t row = 0; row < rows; pixels += 4 * static_cast<std::ptrdiff_t>(width)) {
+    paintRow(pixels, rightmost, x, count, colour);
+    ++row;
+    if (!advance(x, slope, padded)) return row;
+  }
+  return rows;
 }
 
 // Pixels of one row, searched for a colour and recoloured. The first pixels of a run are taken one by one: runs are
@@ -54,6 +116,33 @@ struct Row {
     __builtin_prefetch(reinterpret_cast<const void*>(reinterpret_cast<std::intptr_t>(at(x)) + ahead), 1);
   }
   [[gnu::always_inline]] void recolourVector(std::int32_t x) const { store(at(x), splat<U32>(colour)); }
+
+  // Recolours the columns left..right when they are a whole run.
+  [[gnu::always_inline]] bool recolourRun(std::int32_t left, std::int32_t right, std::int32_t width) const {
+    if ((left > 0 && isOld(left - 1)) || (right + 1 < width && isOld(right + 1))) return false;
+    const std::int32_t count = right - left + 1;
+    if (count < kStep) return recolourShortRun(left, count);
+    const std::int32_t last = right + 1 - kStep;
+    for (std::int32_t x = left; x < last; x += kStep)
+      if (!allOld(x)) return false;
+    if (!allOld(last)) return false;
+    for (std::int32_t x = left; x < last; x += kStep) recolourVector(x);
+    recolourVector(last);
+    return true;
+  }
+  [[gnu::always_inline]] bool recolourShortRun(std::int32_t left, std::int32_t count) const {
+#if QAV_KERNEL_LEVEL >= 2
+    const auto bits = static_cast<__mmask16>((1u << count) - 1);
+    const __m512i pixelsHere = _mm512_maskz_loadu_epi32(bits, at(left));
+    if ((_mm512_cmpeq_epi32_mask(pixelsHere, (__m512i)splat<U32>(old)) & bits) != bits) return false;
+    _mm512_mask_storeu_epi32(at(left), bits, (__m512i)splat<U32>(colour));
+#else
+    for (std::int32_t i = 0; i < count; ++i)
+      if (!isOld(left + i)) return false;
+    for (std::int32_t i = 0; i < count; ++i) recolour(left + i);
+#endif
+    return true;
+  }
 
   // Recolours the run of old pixels from x to the right, not beyond `end`. Returns the column after it.
   [[gnu::always_inline]] std::int32_t recolourRight(std::int32_t x, std::int32_t end) const {
@@ -138,6 +227,19 @@ class SeedStack {
   }
 }
 
+// Rows mostly repeat the run of the row before. As long as they do, the seed walks on by itself: it would be the only
+// one pushed and the next one popped. Returns false when it has left the picture.
+[[gnu::always_inline]] inline bool followRun(Row& row, Seed& seed, std::int32_t width, std::int32_t height) {
+  const std::ptrdiff_t step = seed.direction * 4 * static_cast<std::ptrdiff_t>(width);
+  while (row.recolourRun(seed.left, seed.right, width)) {
+    row.fetchAhead(seed.left);
+    seed.row += seed.direction;
+    row.pixels += step;
+    if (seed.row + seed.direction < 0 || seed.row + seed.direction >= height) return false;
+  }
+  return true;
+}
+
 void floodFill(std::uint8_t* pixels, std::int32_t width, std::int32_t height, std::int32_t x, std::int32_t y,
                std::uint32_t colour) {
   const std::ptrdiff_t stride = 4 * static_cast<std::ptrdiff_t>(width);
@@ -148,15 +250,15 @@ void floodFill(std::uint8_t* pixels, std::int32_t width, std::int32_t height, st
   stack.push(y, x, x, 1);
   stack.push(y + 1, x, x, -1);
   while (!stack.empty()) {
-    const Seed seed = stack.pop();
-    const Row row = {pixels + (seed.row + seed.direction) * stride, old, colour, 12 * seed.direction * stride};
-    visitNeighbours(row, seed, width, stack);
+    Seed seed = stack.pop();
+    Row row = {pixels + (seed.row + seed.direction) * stride, old, colour, 12 * seed.direction * stride};
+    if (followRun(row, seed, width, height)) visitNeighbours(row, seed, width, stack);
   }
 }
 
 }  // namespace
 
 extern const FillKernels fill;
-const FillKernels fill = {&fillSpan, &floodFill};
+const FillKernels fill = {&fillSpan, &fillBetween, &floodFill};
 
 #include "RegionEnd.h"
