@@ -1,6 +1,8 @@
 #pragma once
 
+#include <new>
 #include <stdexcept>
+#include <string>
 
 namespace qavraster {
 
@@ -13,5 +15,9 @@ struct UsageError : std::runtime_error {
 struct Failure : std::runtime_error {
   using std::runtime_error::runtime_error;
 };
+
+inline std::string messageOf(const std::exception& error) {
+  return dynamic_cast<const std::bad_alloc*>(&error) ? "not enough memory for this picture" : error.what();
+}
 
 }  // namespace qavraster
