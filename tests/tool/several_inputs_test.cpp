@@ -208,6 +208,26 @@ TEST(StandardStreams, LeaveNothingBehindWhenTheProgramIsStopped) {
   close(ends[1]);
 }
 
+// The formats are found by trying; each is one that the same command takes after --convert.
+TEST(Refusals, NameTheFormatsThatWouldDo) {
+  const struct {
+    const char *operation, *formats;
+  } cases[] = {{"--filter opening", "L8 would do, as after --convert L8"},
+               {"--channels l --negative", "L8 or LA88 would do, as after --convert L8"},
+               {"--filter median --filter closing", "L8 would do"},
+               {"--grey antialiased", "BitonalRuns would do"},
+               {"--convert L8 --resize 5x5", "RGB888, RGBA8888, RGBFloat or RGBAFloat would do"},
+               {"--mask e.png", "the mask has another size than the picture: 7 x 2"}};
+  const Workplace work;
+  for (const auto& [operation, formats] : cases) {
+    SCOPED_TRACE(operation);
+    const Outcome outcome = work("a.png " + std::string(operation) + " -o out/x.png");
+    EXPECT_EQ(outcome.code, 1);
+    EXPECT_NE(outcome.err.find(formats), std::string::npos) << outcome.err;
+    EXPECT_EQ(std::count(outcome.err.begin(), outcome.err.end(), '\n'), 1) << outcome.err;
+  }
+}
+
 TEST(Verbose, SaysHowLongEachStepTakes) {
   const Workplace work;
   const Outcome outcome =

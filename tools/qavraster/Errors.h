@@ -16,6 +16,11 @@ struct Failure : std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
+/// The library does not take the picture as it is.
+struct Refusal : Failure {
+  using Failure::Failure;
+};
+
 inline std::string messageOf(const std::exception& error) {
   return dynamic_cast<const std::bad_alloc*>(&error) ? "not enough memory for this picture" : error.what();
 }

@@ -8,6 +8,7 @@
 #include "run/OutputFile.h"
 #include "run/Plan.h"
 #include "run/Progress.h"
+#include "run/Trial.h"
 
 namespace qavraster {
 namespace {
@@ -85,7 +86,11 @@ void Run::apply(std::size_t at, Context& context) {
   context.operation = step.text;
   timed(step.text, [&] {
     const std::string before = describe(*context.image);
-    step.operation->run(context, step.values);
+    try {
+      step.operation->run(context, step.values);
+    } catch (const Refusal& refusal) {
+      throw Failure(refusal.what() + formatsThatWouldDo(*step.operation, step.values, context));
+    }
     const std::string after = describe(*context.image);
     return after == before ? "" : after;
   });
