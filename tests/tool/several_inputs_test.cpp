@@ -106,6 +106,7 @@ TEST(SeveralInputs, AreRefusedBeforeAnythingIsWritten) {
       {"a.png b.png -o new/{name}.png", 1, "'new/a.png'.*No such file.*make the folder 'new'"},
       {"a.png b.png -o a.png/{name}.png", 1, "'a.png/a.png'.*Not a directory"},
       {"a.png -o -", 2, "standard output.*--format.*png"},
+      {"a.png --fit 9x9 --background 1,2 -o out/x.png", 2, "--fit: --background: '1,2'.*give 4 numbers"},
       {"a.png -o x --format rip", 2, "--format.*'rip'.*tif, "},
   };
   for (const auto& each : cases) {

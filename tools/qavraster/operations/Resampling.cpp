@@ -49,7 +49,7 @@ void resize(Context& c, const Values& v) {
 }
 
 QAVMMPIPixelColor backgroundColour(const std::string& written) {
-  const auto channels = std::get<std::vector<double>>(parseValue(numbers("R,G,B,A", 4, 4), written));
+  const auto channels = std::get<std::vector<double>>(parseValue(numbers("--background", 4, 4), written));
   std::array<float, 4> values;
   for (std::size_t i = 0; i < 4; ++i) values[i] = static_cast<float>(channels[i]);
   QAVMMPIPixelColorSpec* const spec = QAVMMPIPixelColorSpec::CreatePixelColorSpec(RGBA8888, nullptr);

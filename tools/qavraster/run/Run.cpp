@@ -88,6 +88,8 @@ void Run::apply(std::size_t at, Context& context) {
     const std::string before = describe(*context.image);
     try {
       step.operation->run(context, step.values);
+    } catch (const UsageError& error) {
+      throw UsageError("--" + step.operation->name + ": " + error.what());
     } catch (const Refusal& refusal) {
       throw Failure(refusal.what() + formatsThatWouldDo(*step.operation, step.values, context));
     }
