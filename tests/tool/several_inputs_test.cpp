@@ -217,7 +217,7 @@ TEST(Refusals, NameTheFormatsThatWouldDo) {
                {"--channels l --negative", "L8 or LA88 would do, as after --convert L8"},
                {"--filter median --filter closing", "L8 would do"},
                {"--grey antialiased", "BitonalRuns would do"},
-               {"--convert L8 --resize 5x5", "RGB888, RGBA8888, RGBFloat or RGBAFloat would do"},
+               {"--convert RGB161616 --resize 5x5", "RGB888, RGBA8888, RGBFloat or RGBAFloat would do"},
                {"--mask e.png", "the mask has another size than the picture: 7 x 2"}};
   const Workplace work;
   for (const auto& [operation, formats] : cases) {
@@ -226,6 +226,26 @@ TEST(Refusals, NameTheFormatsThatWouldDo) {
     EXPECT_EQ(outcome.code, 1);
     EXPECT_NE(outcome.err.find(formats), std::string::npos) << outcome.err;
     EXPECT_EQ(std::count(outcome.err.begin(), outcome.err.end(), '\n'), 1) << outcome.err;
+  }
+}
+
+// Grey pictures go through the engine as colour, and come back as what they were.
+TEST(Resize, TakesGreyPictures) {
+  const Workplace work;
+  for (const auto& [grey, colour] : {std::pair{"L8", "RGB888"}, {"LA88", "RGBA8888"}}) {
+    const std::string begin = "CARD --trim --convert LA88 --solarize .4 --channels a --brightness -.3 --convert ";
+    const auto made = [&](const std::string& formats, const char* name) {
+      std::vector<std::string> arguments = words(begin + formats + " -o " + (work.folder / name));
+      arguments[0] = QAV_TEST_CARD;
+      EXPECT_EQ(run(arguments).code, 0) << formats;
+      return Image(QAVPixelImage::CreateFromFile((work.folder / name).c_str(), QAVReadOnly, 0));
+    };
+    const Image one = made(std::string(grey) + " --resize 77x99", "grey.tif");
+    const Image three = made(std::string(grey) + " --convert " + colour + " --resize 77x99", "colour.tif");
+    ASSERT_TRUE(one && three);
+    EXPECT_EQ(one->GetFormat(), grey[1] == '8' ? L8 : LA88);
+    ASSERT_EQ(one->ConvertToFormat(three->GetFormat()), S_OK);
+    EXPECT_TRUE(bytesOf(*one) == bytesOf(*three)) << grey;
   }
 }
 
