@@ -1,9 +1,13 @@
 # Debian packages, made by scripts/package: the libraries, what is needed to build against them, and the program.
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME qavmmediarasterprocessor)
-set(CPACK_PACKAGE_CONTACT "The QAVMMediaRasterProcessor developers <packages@localhost>")
+set(QAV_PACKAGE_MAINTAINER "QAVMMediaRasterProcessor Developers <developers@example.org>" CACHE STRING
+  "Who answers for the Debian packages, as NAME <ADDRESS>")
+set(CPACK_PACKAGE_CONTACT "${QAV_PACKAGE_MAINTAINER}")
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "${PROJECT_DESCRIPTION}")
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
+set(CPACK_RESOURCE_FILE_LICENSE ${PROJECT_SOURCE_DIR}/LICENSE)
+set(CPACK_PRE_BUILD_SCRIPTS ${PROJECT_SOURCE_DIR}/cmake/debian/complete.cmake)
 set(CPACK_STRIP_FILES ON)
 set(CPACK_COMPONENTS_ALL runtime development tool)
 set(CPACK_COMPONENTS_GROUPING IGNORE)

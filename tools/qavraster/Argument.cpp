@@ -187,6 +187,7 @@ std::string describe(const Argument& argument) {
     case Argument::Kind::File:
       return "a file";
     case Argument::Kind::Numbers:
+      if (argument.low == argument.high) return shortest(argument.low) + " numbers with commas between them" + unit;
       return "numbers with commas between them, as many as" + range(argument) + unit;
     case Argument::Kind::Text:
       break;

@@ -133,8 +133,14 @@ Invocation parseRun(const Texts& arguments) {
   CLI::App app;
   bool help = false, list = false, version = false;
   app.set_help_flag();
-  app.add_option("INPUT", invocation.input);
+  app.add_option("INPUT", invocation.inputs);
   app.add_option("-o,--output", invocation.output)->type_name("OUTPUT");
+  app.add_flag("-v,--verbose", invocation.verbose);
+  const Setting format = formatOption();
+  declare(app, format.name, format.arguments, format.help, [&](const Texts& texts) {
+    Values("--" + format.name, format.arguments, texts);
+    invocation.format = texts.front();
+  });
   app.add_flag("-h,--help", help);
   app.add_flag("--list", list);
   app.add_flag("--version", version);
@@ -145,7 +151,7 @@ Invocation parseRun(const Texts& arguments) {
     invocation.kind = Invocation::Kind::Finished;
     return invocation;
   }
-  if (invocation.input.empty()) throw UsageError("no input; give qavraster INPUT [OPERATION]... -o OUTPUT");
+  if (invocation.inputs.empty()) throw UsageError("no input; give qavraster INPUT... [OPERATION]... -o OUTPUT");
   if (invocation.output.empty()) throw UsageError("no output; give it with -o OUTPUT");
   return invocation;
 }

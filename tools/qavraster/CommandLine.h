@@ -21,7 +21,9 @@ struct Invocation {
   enum class Kind { Run, Command, Finished };
 
   Kind kind = Kind::Run;
-  std::string input, output;
+  std::vector<std::string> inputs;
+  std::string output, format;
+  bool verbose = false;
   std::vector<Step> steps;
   const Command* command = nullptr;
   Values values;

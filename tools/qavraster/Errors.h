@@ -1,6 +1,8 @@
 #pragma once
 
+#include <new>
 #include <stdexcept>
+#include <string>
 
 namespace qavraster {
 
@@ -13,5 +15,14 @@ struct UsageError : std::runtime_error {
 struct Failure : std::runtime_error {
   using std::runtime_error::runtime_error;
 };
+
+/// The library does not take the picture as it is.
+struct Refusal : Failure {
+  using Failure::Failure;
+};
+
+inline std::string messageOf(const std::exception& error) {
+  return dynamic_cast<const std::bad_alloc*>(&error) ? "not enough memory for this picture" : error.what();
+}
 
 }  // namespace qavraster

@@ -11,6 +11,7 @@
 #include <memory>
 
 #include "Errors.h"
+#include "StandardStreams.h"
 #include "formats/Formats.h"
 
 namespace qavraster {
@@ -42,8 +43,7 @@ std::string extensionOf(const std::string& path) {
   return extension;
 }
 
-const FileFormat* formatOf(const std::string& path) {
-  const std::string extension = extensionOf(path);
+const FileFormat* formatWith(const std::string& extension) {
   for (const FileFormat& format : fileFormats()) {
     if (std::find(format.extensions.begin(), format.extensions.end(), extension) != format.extensions.end())
       return &format;
@@ -51,15 +51,33 @@ const FileFormat* formatOf(const std::string& path) {
   return nullptr;
 }
 
+[[noreturn]] void refuse(const std::string& path, const std::string& reason) {
+  throw Failure("cannot read " + inputName(path) + ": " + reason);
+}
+
 // How the file begins.
 std::string headOf(const std::string& path) {
   std::error_code error;
-  if (std::filesystem::is_directory(path, error)) throw Failure("cannot read '" + path + "': it is a folder");
-  const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(path.c_str(), "rb"), &std::fclose);
-  if (!file) throw Failure("cannot read '" + path + "': " + std::strerror(errno));
+  if (std::filesystem::is_directory(path, error)) refuse(path, "it is a folder");
+  const std::string readable = readablePath(path);
+  const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(readable.c_str(), "rb"), &std::fclose);
+  if (!file) refuse(path, std::strerror(errno));
   std::string head(8, '\0');
   head.resize(std::fread(head.data(), 1, head.size(), file.get()));
   return head;
+}
+
+// Calls `use` with a path that can be read, and puts the name of the file into what is wrong with it.
+template <class Use>
+auto reading(const std::string& path, Use use) {
+  const std::string readable = readablePath(path);
+  try {
+    return use(readable);
+  } catch (const UsageError& error) {
+    throw UsageError("cannot read " + inputName(path) + ": " + error.what());
+  } catch (const Failure& error) {
+    refuse(path, error.what());
+  }
 }
 
 std::string namesOfFormats(bool written) {
@@ -89,7 +107,13 @@ const std::vector<FileFormat>& fileFormats() {
        writeAs<kJpeg>,
        {},
        {"\xFF\xD8\xFF"}},
-      {"SGI", {".sgi", ".rgb"}, "8 bits a channel; written as three or four channels", readSGI, writeSGI},
+      {"SGI",
+       {".sgi", ".rgb"},
+       "8 bits a channel; written as three or four channels",
+       readSGI,
+       writeSGI,
+       {},
+       {{"\x01\xDA\0\x01", 4}, {"\x01\xDA\x01\x01", 4}}},
       {"PostScript", {".ps"}, "a page of one point a pixel, 8 bits a channel", nullptr, writePostScript},
       {"EPS", {".eps"}, "as PostScript, for use within other pages", nullptr, writeEncapsulatedPostScript},
       group4Format(),
@@ -98,31 +122,48 @@ const std::vector<FileFormat>& fileFormats() {
   return all;
 }
 
-const FileFormat* inputFormat(const std::string& path) {
+const FileFormat* inputFormat(const std::string& path, const Settings& settings) {
   const std::string head = headOf(path);
   for (const FileFormat& format : fileFormats()) {
     for (const std::string& signature : format.signatures)
       if (head.starts_with(signature)) return &format;
   }
-  return formatOf(path);
+  // Only Group 4 data has to be told its size.
+  if (isStandardStream(path)) return settings.count("size") > 0 ? formatWith(".g4") : nullptr;
+  return formatWith(extensionOf(path));
 }
 
 Image readImage(const std::string& path, const Settings& settings) {
-  const FileFormat* format = inputFormat(path);
-  Image image = format && format->read ? format->read(path, settings) : readByContent(path, settings);
-  if (!image) throw Failure("cannot read '" + path + "': not an undamaged " + namesOfFormats(false) + " file");
+  const FileFormat* format = inputFormat(path, settings);
+  Image image = reading(path, [&](const std::string& readable) {
+    return format && format->read ? format->read(readable, settings) : readByContent(readable, settings);
+  });
+  if (!image) refuse(path, "not an undamaged " + namesOfFormats(false) + " file");
   return image;
 }
 
-const FileFormat& outputFormat(const std::string& path) {
-  const FileFormat* format = formatOf(path);
+std::string inspectFile(const std::string& path, const FileFormat* format, const Settings& settings) {
+  if (!format || !format->inspect) return "";
+  return reading(path, [&](const std::string& readable) { return format->inspect(readable, settings); });
+}
+
+const FileFormat& outputFormat(const std::string& path, const std::string& type) {
+  const FileFormat* format = formatWith(type.empty() ? extensionOf(path) : "." + type);
   if (format && format->write) return *format;
+  const bool named = !isStandardStream(path);
   std::string known;
-  for (const FileFormat& each : fileFormats()) {
-    if (!each.write) continue;
-    for (const std::string& extension : each.extensions) known += " " + extension;
+  for (const std::string& each : outputTypes()) known += (named ? " ." : " ") + each;
+  if (!named) throw UsageError("standard output has no extension; give --format TYPE, one of" + known);
+  throw UsageError("the output '" + path + "' has no known extension; give --format TYPE or one of" + known);
+}
+
+std::vector<std::string> outputTypes() {
+  std::vector<std::string> types;
+  for (const FileFormat& format : fileFormats()) {
+    for (const std::string& extension : format.extensions)
+      if (format.write) types.push_back(extension.substr(1));
   }
-  throw UsageError("the output '" + path + "' has no known extension; give one of" + known);
+  return types;
 }
 
 }  // namespace qavraster

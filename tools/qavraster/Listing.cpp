@@ -48,23 +48,47 @@ std::string signature(const std::vector<Argument>& arguments) {
   return names;
 }
 
+Setting formatOption() {
+  Choices types;
+  for (const std::string& type : outputTypes()) types.push_back({type, 0});
+  return {"format", {choice("TYPE", types)}, "Type of the output, whatever its extension.", {}};
+}
+
 std::string helpText() {
   std::string text =
-      "qavraster INPUT [OPERATION]... -o OUTPUT\n"
-      "  Applies the operations to the picture in the order written. The output's extension decides its type.\n";
+      "qavraster INPUT... [OPERATION]... -o OUTPUT [--format TYPE] [--verbose]\n"
+      "  Applies the operations to each picture in the order written. The output's extension decides its type, or "
+      "--format.\n"
+      "  For several inputs the output is a pattern with {name}, {ext} or {index}. - is standard input or output.\n";
   for (const Command& command : commands())
     text += "qavraster " + command.name + " " + signature(command.arguments) + "\n  " + command.help + "\n";
   return text +
          "qavraster --list\n  Shows every operation with its arguments and their ranges.\n"
          "qavraster --version\n  Prints the version and the instruction set in use.\n"
-         "\nExample: qavraster photo.jpg --brightness 0.1 --channels r --posterize 4 -o poster.png\n";
+         "\nExamples:\n"
+         "  qavraster photo.jpg --brightness 0.1 --channels r --posterize 4 -o poster.png\n"
+         "  qavraster *.png --resize 640x360 -o 'small/{name}.png'\n"
+         "  qavraster - --grey luma -o - --format png < photo.jpg > grey.png\n";
 }
+
+namespace {
+
+std::string optionsText() {
+  const Argument output = text(
+      "OUTPUT",
+      "a file, - for standard output, or a pattern: {name} and {ext} of the input, its {index}, {{ and }} for braces");
+  return "Options\n" + entry("-o, --output", {output}, "What to write.") + entry(formatOption()) +
+         entry("-v, --verbose", {}, "Prints on standard error how long reading, writing and each operation take.") +
+         "\n";
+}
+
+}  // namespace
 
 std::string listText() {
   std::string text =
       "Operations are applied in the order written. A setting holds for the operations after it; one that belongs to "
-      "an "
-      "operation may also stand right behind it.\n\n";
+      "an operation may also stand right behind it.\n\n";
+  text += optionsText();
   for (const Family& family : catalogue()) text += familyText(family);
   text += "Commands\n";
   for (const Command& command : commands()) {

@@ -6,6 +6,7 @@
 #include <limits>
 
 #include "Errors.h"
+#include "StandardStreams.h"
 #include "commands/Commands.h"
 
 namespace qavraster {
@@ -47,17 +48,18 @@ class OutputFolder {
 // Says why two files cannot be compared.
 [[noreturn]] void explain(const std::string& first, const std::string& second, const Settings& settings) {
   const Image a = readImage(first, settings), b = readImage(second, settings);
-  throw Failure("cannot compare '" + first + "' (" + describe(*a) + ") with '" + second + "' (" + describe(*b) +
-                "): they must have one size, and both RGB888, RGBA8888 or floating-point pixels");
+  throw Failure(
+      "cannot compare " + inputName(first) + " (" + describe(*a) + ") with " + inputName(second) + " (" + describe(*b) +
+      "): they must be TIFF, PNG or JPEG files of one size, both of RGB888, RGBA8888 or floating-point pixels");
 }
 
 Statistics compare(const std::string& first, const std::string& second, const Settings& settings) {
   const OutputFolder folder(settings.count("out") > 0 ? settings.at("out").text(0) : "");
   Statistics s;
   const int done = QAVPixelImageComparator::ImageCompare(
-      first, second, folder.prefix(), settings.at("threshold").number(0), settings.at("sigmas").integer(0),
-      settings.at("scale").number(0), s.mean, s.count, s.percentage, s.deviation, s.maximum, s.median,
-      settings.count("heat") > 0, settings.count("relative") > 0);
+      readablePath(first), readablePath(second), folder.prefix(), settings.at("threshold").number(0),
+      settings.at("sigmas").integer(0), settings.at("scale").number(0), s.mean, s.count, s.percentage, s.deviation,
+      s.maximum, s.median, settings.count("heat") > 0, settings.count("relative") > 0);
   if (!done) explain(first, second, settings);
   return s;
 }
@@ -90,7 +92,7 @@ int compareFiles(const Values& values, const Settings& settings) {
     return statistics.count > 0 ? 1 : 0;
   } catch (const std::exception& error) {
     // 1 is an answer here, so failures have the code of a wrong command line.
-    std::fprintf(stderr, "qavraster: %s\n", error.what());
+    std::fprintf(stderr, "qavraster: %s\n", messageOf(error).c_str());
     return 2;
   }
 }

@@ -36,9 +36,9 @@ std::string inspectPicture(const std::string& path, const Settings& settings) {
 
 int showInfo(const Values& values, const Settings& settings) {
   const std::string& path = values.text(0);
-  const FileFormat* format = inputFormat(path);
-  const auto inspect = format && format->inspect ? format->inspect : inspectPicture;
-  const std::string found = inspect(path, settings);
+  const FileFormat* format = inputFormat(path, settings);
+  std::string found = inspectFile(path, format, settings);
+  if (found.empty()) found = inspectPicture(path, settings);
   std::printf("%s: %s%s%s\n", path.c_str(), format ? format->name.c_str() : "", format ? ", " : "", found.c_str());
   return 0;
 }

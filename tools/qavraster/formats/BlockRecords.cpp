@@ -26,13 +26,11 @@ struct Header {
   std::int64_t extent[2] = {};
 };
 
-[[noreturn]] void refuse(const std::string& path, int result) {
-  throw Failure("cannot read '" + path + "': " + meaning(result));
-}
+[[noreturn]] void refuse(int result) { throw Failure(meaning(result)); }
 
 Header readHeader(const std::string& path) {
   Header header;
-  if (const int result = ripicrhd(path.c_str(), &header.kind, header.extent)) refuse(path, result);
+  if (const int result = ripicrhd(path.c_str(), &header.kind, header.extent)) refuse(result);
   return header;
 }
 
@@ -48,11 +46,11 @@ bool inProportion(const Header& header, std::uintmax_t fileSize) {
 Image read(const std::string& path, const Settings&) {
   Header header = readHeader(path);
   std::error_code error;
-  if (!inProportion(header, std::filesystem::file_size(path, error)) || error) refuse(path, -4);
+  if (!inProportion(header, std::filesystem::file_size(path, error)) || error) refuse(-4);
   Image image(new QAVPixelImage(static_cast<int>(header.extent[0]), static_cast<int>(header.extent[1]), RGB888));
   const std::int64_t origin[2] = {0, 0};
   const int result = ripicrdt(path.c_str(), &header.kind, origin, header.extent, image->GetPixelsToModify());
-  if (result != 0) refuse(path, result);
+  if (result != 0) refuse(result);
   return image;
 }
 

@@ -39,14 +39,14 @@ struct Page {
 
 Page decode(const std::string& path, const Settings& settings) {
   const auto given = settings.find("size");
-  if (given == settings.end()) throw UsageError("'" + path + "' does not hold its size; give --size WIDTHxHEIGHT");
+  if (given == settings.end()) throw UsageError("Group 4 data does not hold its size; give --size WIDTHxHEIGHT");
   Page page;
   page.size = given->second.size(0);
   const Bytes coded = contentOf(path);
   const std::size_t bytes =
       bytesFor(static_cast<std::size_t>(page.size.width) * static_cast<std::size_t>(page.size.height));
   if (std::max(bytes, coded.size()) > static_cast<std::size_t>(std::numeric_limits<int>::max()))
-    throw Failure("cannot read '" + path + "': it is too large");
+    throw Failure("it is too large");
   page.bitmap.resize(bytes);
   int size[2] = {page.size.width, page.size.height};
   CCITT_G4_dec(coded.data(), static_cast<int>(coded.size()), size, page.bitmap.data(), page.rows, page.error);
@@ -78,8 +78,7 @@ std::string inspect(const std::string& path, const Settings& settings) {
 
 Image read(const std::string& path, const Settings& settings) {
   const Page page = decode(path, settings);
-  if (page.error != 0)
-    throw Failure("cannot read '" + path + "' beyond row " + std::to_string(page.rows) + ": " + meaning(page.error));
+  if (page.error != 0) throw Failure("nothing beyond row " + std::to_string(page.rows) + ": " + meaning(page.error));
   const auto width = static_cast<std::size_t>(page.size.width);
   Image image(new QAVPixelImage(page.size.width, page.size.height, BitonalRuns));
   for (int y = 0; y < page.size.height; ++y) {

@@ -29,12 +29,16 @@ Settings presets() {
 }
 
 void Context::require(HRESULT status) const {
-  if (FAILED(status)) fail("the library refuses it for this image, these arguments and these settings");
+  if (FAILED(status)) refuse();
 }
 
 void Context::replace(QAVPixelImage* picture) {
-  if (!picture) fail("the library refuses it for this image, these arguments and these settings");
+  if (!picture) refuse();
   image.reset(picture);
+}
+
+void Context::refuse() const {
+  throw Refusal(operation + ": not with these arguments and settings for this picture (" + describe(*image) + ")");
 }
 
 void Context::fail(const std::string& reason) const {

@@ -20,7 +20,8 @@
 ///
 /// `c.image` is the picture so far; an operation changes it in place or puts a new one there (`c.image.reset(...)`
 /// takes the reference that Create operations return; `c.replace(...)` also refuses null). `c.require(status)` turns a
-/// failing status into the message that names the operation and the image; `c.fail("why")` says more. `c.progress` is
+/// failing status into the message that names the operation and the image, and the formats in which the operation takes
+/// a picture, which are found by trying; `c.fail("why")` says more. `c.progress` is
 /// what a `void (*)(float)` parameter is given. `c.read(v.text(0))` makes a `file` argument an image. Argument.h has
 /// the kinds of argument; their names are capitals, their ranges are checked before anything is read.
 ///
@@ -57,6 +58,7 @@ struct Context {
   /// The picture in another file.
   Image read(const std::string& path) const { return readImage(path, settings); }
   [[noreturn]] void fail(const std::string& reason) const;
+  [[noreturn]] void refuse() const;
 };
 
 struct Operation {

@@ -36,6 +36,11 @@ const Choices kMaskTypes = {{"luminance", QAVMMIMaskLuminance}, {"alpha", QAVMMI
 // The mask may be any picture of the same size; the library wants both as RGBA.
 void mask(Context& c, const Values& v) {
   const Image picture = c.read(v.text(0));
+  int size[2] = {}, wanted[2] = {};
+  picture->GetSize(size[0], size[1]);
+  c.image->GetSize(wanted[0], wanted[1]);
+  if (size[0] != wanted[0] || size[1] != wanted[1])
+    c.fail("the mask has another size than the picture: " + describe(*picture));
   c.require(picture->ConvertToFormat(RGBA8888));
   c.require(c.image->ConvertToFormat(RGBA8888));
   c.replace(Processor::Mask(*c.image, *picture, c.setting("mask-type").as<QAVMMIMaskType>(0), c.progress));

@@ -1,4 +1,4 @@
-#include "Progress.h"
+#include "run/Progress.h"
 
 #include <unistd.h>
 
@@ -24,7 +24,17 @@ Progress::Progress(std::size_t steps)
 
 Progress::~Progress() {
   current = nullptr;
+  clear();
+}
+
+void Progress::clear() {
   if (drawn_ >= 0) std::fputs("\r\033[K", stderr);
+  drawn_ = -1;
+}
+
+void Progress::print(const std::string& line) {
+  clear();
+  std::fprintf(stderr, "%s\n", line.c_str());
 }
 
 void Progress::begin(const std::string& name) {

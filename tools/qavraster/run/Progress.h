@@ -20,11 +20,16 @@ class Progress {
 
   /// Names the step that begins now; the one before is done.
   void begin(const std::string& name);
+  /// The steps before the one of this number, from 0, are done or given up.
+  void skipTo(std::size_t step) { begun_ = step; }
+  /// A line on standard error, without disturbing the bar.
+  void print(const std::string& line);
   /// What the library calls with the fraction of the step that is done.
   static void report(float fraction);
 
  private:
   void draw(double fraction);
+  void clear();
 
   std::size_t steps_;
   std::size_t begun_ = 0;
