@@ -8,6 +8,8 @@
 
 namespace {
 
+[[gnu::always_inline]] inline std::size_t least(std::size_t a, std::size_t b) { return a < b ? a : b; }
+
 // Where most records repeat a byte, the processor foretells their kind and goes ahead of the length bytes it has
 // yet to load. Where kinds alternate it guesses wrong too often: there both are done alike, without a branch. The
 // records before tell which way is better.
@@ -140,11 +142,17 @@ class GuessedChains {
   // Every chain up to the first place of the next one, or to an end of the records.
   void FollowAll(RunLengthPlace (&chains)[kRunLengthChains]) const {
     for (std::size_t k = 0; k < kRunLengthChains; ++k) chains[k] = first_[k];
-    for (;;) {
-      bool all = true;
-      for (std::size_t k = 0; k < kRunLengthChains; ++k) all &= isRecord(src_, chains[k].read, limits_[k]);
-      if (!all) break;
-      for (std::size_t k = 0; k < kRunLengthChains; ++k) pass<false>(lengthAt(src_ + chains[k].read), chains[k]);
+    for (bool ended = false; !ended;) {
+      std::size_t steps = ~std::size_t{0};
+      for (std::size_t k = 0; k < kRunLengthChains; ++k)
+        steps =
+            least(steps, chains[k].read < limits_[k] ? (limits_[k] - chains[k].read - 1) / (kRunLengthLongest + 1) : 0);
+      if (steps == 0) break;
+      for (; steps > 0 && !ended; --steps) {
+        for (std::size_t k = 0; k < kRunLengthChains; ++k) ended |= src_[chains[k].read] == kRunLengthEnd;
+        for (std::size_t k = 0; k < kRunLengthChains && !ended; ++k)
+          pass<false>(lengthAt(src_ + chains[k].read), chains[k]);
+      }
     }
     for (std::size_t k = 0; k < kRunLengthChains; ++k) countTo(src_, limits_[k], chains[k]);
   }
@@ -177,6 +185,11 @@ struct DecodingBuffers {
   bool haveRoom(const RunLengthPlace& at, std::size_t writtenEnd) const {
     return writtenEnd - at.written >= kRunLengthLongest && at.read + kRunLengthLongest < srcLen;
   }
+  // Records that there is room for, whatever they are.
+  std::size_t safeSteps(const RunLengthPlace& at, std::size_t writtenEnd) const {
+    const std::size_t readable = at.read < srcLen ? (srcLen - at.read - 1) / (kRunLengthLongest + 1) : 0;
+    return least((writtenEnd - at.written) / kRunLengthLongest, readable);
+  }
   template <bool branching>
   [[gnu::always_inline]] void decodeOne(RunLengthPlace& at) const {
     const std::uint8_t* const record = src + at.read;
@@ -193,13 +206,15 @@ void decodeSome(const DecodingBuffers& buffers, std::size_t writtenEnd, RunLengt
   place = at;
 }
 
+// All chains in step, as long as none can come to its end.
 void decodeAll(const DecodingBuffers& buffers, const std::size_t (&ends)[kRunLengthChains], RunLengthMap& map) {
   RunLengthMap at = map;
   for (;;) {
-    bool all = true;
-    for (std::size_t k = 0; k < kRunLengthChains; ++k) all &= buffers.haveRoom(at.starts[k], ends[k]);
-    if (!all) break;
-    for (std::size_t k = 0; k < kRunLengthChains; ++k) buffers.decodeOne<false>(at.starts[k]);
+    std::size_t steps = ~std::size_t{0};
+    for (std::size_t k = 0; k < kRunLengthChains; ++k) steps = least(steps, buffers.safeSteps(at.starts[k], ends[k]));
+    if (steps == 0) break;
+    for (; steps > 0; --steps)
+      for (std::size_t k = 0; k < kRunLengthChains; ++k) buffers.decodeOne<false>(at.starts[k]);
   }
   map = at;
 }
