@@ -269,7 +269,7 @@ template <bool write>
     place.at += length;
   };
 #if QAV_KERNEL_LEVEL >= 2
-  constexpr std::size_t kWorthwhile = 8, kApart = 8;  // records
+  constexpr std::size_t kWorthwhile = 8, kApart = 4;  // records
   std::size_t apart = 0;  // records to be made one by one before many runs are tried for again
 #endif
   while (place.at < input.count && place.fill < kRunLengthFull) {
@@ -295,6 +295,9 @@ template <bool write>
       addRun(equal);
       continue;
     }
+#if QAV_KERNEL_LEVEL >= 2
+    apart = kApart;
+#endif
     const std::size_t length = literalLength(input.equal, place.at, equal);
     if constexpr (write) {
       records[place.fill] = static_cast<std::uint8_t>(length - 1);
