@@ -99,8 +99,9 @@ std::size_t countRepeats(const std::uint8_t* src, std::size_t limit, RunLengthPl
   return countSome<true>(src, limit, place);
 }
 
-/// Several chains from guessed places on. A guess is wrong, but soon comes upon the place of a record by chance, and
-/// goes along with the records from there on. Whether it has is seen when the chain before arrives.
+/// Several chains, the first from a known place on, the others from guessed ones. A guess is wrong, but soon comes upon
+/// the place of a record by chance, and goes along with the records from there on. Whether it has is seen when the
+/// chain before arrives.
 class GuessedChains {
  public:
   static constexpr std::size_t kWorthwhile = std::size_t{1} << 20;  // bytes of records
@@ -120,8 +121,7 @@ class GuessedChains {
   RunLengthMap Count() const {
     RunLengthPlace chains[kRunLengthChains];
     FollowAll(chains);
-    RunLengthMap map;
-    map.starts[0] = first_[0];
+    RunLengthMap map;  // whose first chain has the records before those counted here, too
     RunLengthPlace at = chains[0];
     for (std::size_t k = 1; k < kRunLengthChains; ++k) {
       map.starts[k] = map.starts[k - 1];
