@@ -188,7 +188,7 @@ template <bool write>
 
 // Where runs end: the place of the last sample, and its value 16 bits higher.
 struct RunEnds {
-  static constexpr std::size_t kWords = 12;        // of `equal` that are looked at together
+  static constexpr std::size_t kWords = 12;       // of `equal` that are looked at together
   static constexpr std::size_t kMostInWord = 32;  // more would have to be runs of one sample
 
   std::size_t base = 0;                               // the sample that places are counted from
