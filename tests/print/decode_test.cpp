@@ -96,6 +96,30 @@ TEST(RunLengthDecode, RandomRecordsOfEveryLength) {
   });
 }
 
+// Large enough to be decoded from several places at once: where places that are guessed meet the records, where they
+// never do (every byte leads to one 129 further on), and with an end or a cut anywhere.
+TEST(RunLengthDecode, LargeSources) {
+  std::mt19937 random(11);
+  Bytes noise(1'700'000), apart(1'300'000, 127), mixed(2'400'000);
+  fill(noise.data(), noise.size(), Texture::Noise, random);
+  fill(mixed.data(), mixed.size(), Texture::Noise, random);
+  for (std::size_t i = mixed.size() / 3; i < mixed.size() / 2; ++i) mixed[i] |= 129;
+  for (Bytes* source : {&noise, &mixed})
+    std::replace(source->begin(), source->end(), std::uint8_t{128}, std::uint8_t{9});
+  std::vector<Bytes> sources{noise, apart, mixed};
+  for (const Bytes& source : {noise, apart, mixed}) {
+    sources.emplace_back(source.begin(), source.end() - 1 - static_cast<std::ptrdiff_t>(random() % 200));
+    sources.push_back(source);
+    for (std::size_t i = source.size() / 8 * (3 + random() % 5), end = i + 200; i < end; ++i) sources.back()[i] = 128;
+  }
+  std::vector<Bytes> expected;
+  for (const Bytes& source : sources) expected.push_back(plainRunLengthDecode(source));
+  atEveryLevel([&] {
+    for (std::size_t i = 0; i < sources.size(); ++i)
+      ASSERT_TRUE(decoded(RunLengthDecode, sources[i]) == (Decoded{S_OK, expected[i]})) << i;
+  });
+}
+
 TEST(ASCII85Decode, GroupsAndTheirEnds) {
   struct Case {
     std::string text;

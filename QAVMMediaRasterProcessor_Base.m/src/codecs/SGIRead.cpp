@@ -3,6 +3,8 @@
 #include "codecs/SGIRows.h"
 #include "kernels/ChannelPlanes.h"
 
+#include <PixelMemory.h>
+
 #include <algorithm>
 #include <limits>
 #include <new>
@@ -25,7 +27,7 @@ bool isAcceptable(const Header& header, std::size_t pixelChannels, std::uint64_t
 
 // Every byte is going to be written, so the picture is not cleared first.
 OwnedImage makeImage(const Header& header, std::size_t pixelChannels) {
-  auto pixels = std::make_unique_for_overwrite<unsigned char[]>(header.width * header.height * pixelChannels);
+  std::unique_ptr<unsigned char[]> pixels(newPixelBuffer(header.width * header.height * pixelChannels));
   OwnedImage image(new QAVPixelImage(static_cast<int>(header.width), static_cast<int>(header.height), formatOf(header),
                                      pixels.get(), QAVDeallocatePixelsByImage));
   pixels.release();

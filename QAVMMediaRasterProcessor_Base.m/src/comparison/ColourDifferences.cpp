@@ -1,5 +1,6 @@
 #include "comparison/ColourDifferences.h"
 
+#include "kernels/ChannelPlanes.h"
 #include "kernels/ColourDifference.h"
 #include "kernels/ColourMatrices.h"
 
@@ -49,17 +50,32 @@ class Batch {
            double* differences) {
     Gather(first, positions, pairs_.rgb[0]);
     Gather(second, positions, pairs_.rgb[1]);
-    kernels_.toLab(pairs_, positions.size());
-    kernels_.deltaE2000(pairs_, positions.size());
+    Compute(positions.size());
     const double* difference = pairs_.difference;
-    for (const std::uint32_t position : positions) {
-      const std::size_t at = position * stride_;
-      differences[position] = *difference < 0.0 ? plainColourDifference(first + at, second + at) : *difference;
-      ++difference;
+    for (const std::uint32_t position : positions)
+      differences[position] = Decided(*difference++, first + position * stride_, second + position * stride_);
+  }
+
+  // At most ColourPairs::kCapacity pixels that follow one another.
+  void RunAll(const unsigned char* first, const unsigned char* second, std::size_t pixels, double* differences) {
+    for (int channel = 0; channel < 3; ++channel) {
+      const auto extract = qav::kernels::channelPlanesKernels().extract;
+      extract(first, static_cast<int>(stride_), channel, pixels, pairs_.rgb[0][channel]);
+      extract(second, static_cast<int>(stride_), channel, pixels, pairs_.rgb[1][channel]);
     }
+    Compute(pixels);
+    for (std::size_t i = 0; i < pixels; ++i)
+      differences[i] = Decided(pairs_.difference[i], first + i * stride_, second + i * stride_);
   }
 
  private:
+  void Compute(std::size_t count) {
+    kernels_.toLab(pairs_, count);
+    kernels_.deltaE2000(pairs_, count);
+  }
+  static double Decided(double difference, const unsigned char* first, const unsigned char* second) {
+    return difference < 0.0 ? plainColourDifference(first, second) : difference;
+  }
   void Gather(const unsigned char* pixels, std::span<const std::uint32_t> positions,
               std::uint8_t (&rgb)[3][ColourPairs::kCapacity]) const {
     for (std::size_t i = 0; i < positions.size(); ++i)
@@ -90,6 +106,12 @@ void colourDifferences(const unsigned char* first, const unsigned char* second, 
     const std::size_t count = std::min(kStrip, pixels - from);
     const unsigned char *const a = first + from * stride, *const b = second + from * stride;
     const std::size_t different = kernels::colourDifferenceKernels().findDifferent(a, b, count, stride, positions);
+    if (different == count && stride <= 4) {
+      for (std::size_t i = 0; i < count; i += ColourPairs::kCapacity)
+        batch.RunAll(a + i * stride, b + i * stride, std::min(ColourPairs::kCapacity, count - i),
+                     differences + from + i);
+      continue;
+    }
     std::fill_n(differences + from, count, 0.0);
     for (std::size_t i = 0; i < different; i += ColourPairs::kCapacity)
       batch.Run(a, b, {positions + i, std::min(ColourPairs::kCapacity, different - i)}, differences + from);

@@ -1,28 +1,31 @@
 #include <QAVPixelImageComparator.h>
 
-#include "comparison/AscendingOrder.h"
 #include "comparison/ColourDifferences.h"
 #include "comparison/Comparable.h"
+#include "comparison/OrderStatistics.h"
 #include "comparison/Statistics.h"
+
+#include <LargePages.h>
 
 #include <algorithm>
 
 namespace {
 
-struct Exceedances {
-  std::size_t count = 0;
-  double sum = 0.0;
-};
+using qav::Exceedances;
 
-// Makes the differences below the threshold 0 and adds up the others.
+// Makes the differences below the threshold 0 and takes the others.
 void takeExceedances(std::span<double> differences, double threshold, Exceedances& exceedances) {
+  Exceedances taken = exceedances;
   for (double& difference : differences) {
     const bool below = difference < threshold;
-    exceedances.count += !below;
+    taken.count += !below;
+    taken.least = below ? taken.least : std::min(taken.least, difference);
     // Adding 0 changes nothing, as no sum of differences is -0.
     difference = below ? 0.0 : difference;
-    exceedances.sum += difference;
+    taken.sum += difference;
+    taken.most = std::max(taken.most, difference);
   }
+  exceedances = taken;
 }
 
 // Strip by strip, so that what was just written is still in the first-level cache.
@@ -50,17 +53,17 @@ int QAVPixelImageComparator::ImageLabCompare(QAVPixelImage* first, QAVPixelImage
 
   const std::size_t pixels = qav::extentOf(*first).pixels();
   std::unique_ptr<double[]> entries(new double[pixels]);
+  adviseLargePages(entries.get(), pixels * sizeof(double));
   const std::span<double> all(entries.get(), pixels);
   const Exceedances exceedances = measure(a, b, static_cast<std::size_t>(stride), threshold, all);
-  const auto sorted = qav::ascendingExceedances(all, threshold, exceedances.count);
-  const std::span<const double> values(sorted.get(), exceedances.count);
 
-  count = static_cast<int>(values.size());
-  percentage = qav::percentageOf(values.size(), pixels);
-  mean = values.empty() ? 0.0 : exceedances.sum / static_cast<double>(values.size());
-  median = qav::medianOf(values);
-  deviation = qav::deviationFrom(mean, values);
-  maximum = values.empty() ? 0.0 : values.back();
+  count = static_cast<int>(exceedances.count);
+  percentage = qav::percentageOf(exceedances.count, pixels);
+  mean = exceedances.count == 0 ? 0.0 : exceedances.sum / static_cast<double>(exceedances.count);
+  const qav::OrderStatistics order = qav::orderStatistics(all, threshold, exceedances, mean);
+  median = order.median;
+  deviation = order.deviation;
+  maximum = exceedances.most;
   if (sigmas != 0) maximum = qav::markOutliers(all, mean, deviation, sigmas);
   differences = entries.release();
   return 1;

@@ -14,12 +14,6 @@ double deviationFrom(double mean, std::span<const double> values) {
   return std::pow(sum / static_cast<double>(values.size()), 0.5);
 }
 
-double medianOf(std::span<const double> ascending) {
-  const std::size_t middle = ascending.size() / 2;
-  if (ascending.empty()) return 0.0;
-  return ascending.size() % 2 ? ascending[middle] : (ascending[middle - 1] + ascending[middle]) / 2.0;
-}
-
 double markOutliers(std::span<double> entries, double mean, double deviation, int sigmas) {
   const double reach = deviation * sigmas;
   double largest = 0.0;

@@ -12,8 +12,6 @@ inline constexpr double kOutlier = 1000.0;
 double percentageOf(std::size_t count, std::size_t all);
 /// Square root of the mean squared distance of `values` from `mean`, summed in order; not-a-number for no values.
 double deviationFrom(double mean, std::span<const double> values);
-/// The middle of ascending values, or the mean of the two middle ones; 0 for none.
-double medianOf(std::span<const double> ascending);
 /// Marks the entries further than `sigmas` deviations from the mean and returns the largest other one, or 0.
 double markOutliers(std::span<double> entries, double mean, double deviation, int sigmas);
 

@@ -14,13 +14,27 @@ struct RunLengthPlace {
   std::size_t written = 0;
 };
 
+/// Chains of records that are followed at once: the place of a record hangs on the length of the one before, so that
+/// the processor waits for it, and there is time for others.
+inline constexpr std::size_t kRunLengthChains = 4;
+
+/// Chains that make up the records of one text: chain k goes from starts[k] to starts[k + 1] and may be empty.
+struct RunLengthMap {
+  RunLengthPlace starts[kRunLengthChains + 1];
+
+  /// The bytes that the records ask for.
+  std::size_t size() const { return starts[kRunLengthChains].written; }
+};
+
 /// Run-length records: a length byte, and the bytes to copy or the one to repeat.
 struct RunLengthRecordsKernels {
-  /// The bytes that src[0..srcLen) asks for. A last record counts in full even when its bytes are missing.
-  std::size_t (*count)(const std::uint8_t* src, std::size_t srcLen);
-  /// Decodes records from the start of src[0..srcLen) into bytes[0..size) as long as kRunLengthLongest bytes stand
-  /// behind a length and as many fit; ends before the end byte too. Bytes behind those written may have changed.
-  RunLengthPlace (*decode)(const std::uint8_t* src, std::size_t srcLen, std::uint8_t* bytes, std::size_t size);
+  /// Finds the records of src[0..srcLen) and how many bytes they ask for. A last record counts in full even when its
+  /// bytes are missing.
+  RunLengthMap (*count)(const std::uint8_t* src, std::size_t srcLen);
+  /// Decodes each chain as long as kRunLengthLongest bytes stand behind a length and as many fit in front of the next
+  /// chain; `bytes` holds map.size(). Moves the starts to where decoding has come to. Bytes of a chain behind those
+  /// written may have changed.
+  void (*decode)(const std::uint8_t* src, std::size_t srcLen, std::uint8_t* bytes, RunLengthMap& map);
 };
 
 const RunLengthRecordsKernels& runLengthRecordsKernels() noexcept;

@@ -5,6 +5,8 @@
 
 #include <algorithm>
 
+#include <cxxabi.h>
+
 namespace {
 
 using qav::kernels::kBase85LineBytes;
@@ -12,6 +14,50 @@ using qav::kernels::kBase85LineGroups;
 using qav::kernels::kBase85LineLength;
 
 constexpr std::size_t kLinesTogether = 40;
+
+constexpr auto kBad = std::ios_base::badbit;
+
+// Without the exception that the stream may want for its state.
+void setBad(std::ostream& os) {
+  try {
+    os.setstate(kBad);
+  } catch (const std::ios_base::failure&) {
+  }
+}
+
+// Does something with the stream's buffer; failures and exceptions act on the stream as in its own functions.
+template <class Call>
+void withBuffer(std::ostream& os, Call call) {
+  bool done = false;
+  try {
+    done = call(*os.rdbuf());
+  } catch (const abi::__forced_unwind&) {
+    setBad(os);
+    throw;
+  } catch (...) {
+    setBad(os);
+    if (os.exceptions() & kBad) throw;
+    return;
+  }
+  if (!done) os.setstate(kBad);
+}
+
+// Writes every line and flushes the stream behind it. Most of the time that a stream takes for a short line goes into
+// questions that have the same answer for all lines, so they are asked once.
+void writeLinesTo(std::ostream& os, const char* line, const std::size_t* lengths, std::size_t count) {
+  const bool plain = os.rdbuf() && !os.tie() && !(os.flags() & std::ios_base::unitbuf);
+  for (std::size_t i = 0; i < count; line += lengths[i++]) {
+    const auto length = static_cast<std::streamsize>(lengths[i]);
+    if (plain && os.good())
+      withBuffer(os, [&](std::streambuf& buffer) { return buffer.sputn(line, length) == length; });
+    else
+      os.write(line, length);
+    if (plain && os.good())
+      withBuffer(os, [](std::streambuf& buffer) { return buffer.pubsync() != -1; });
+    else
+      os.flush();
+  }
+}
 
 /// The text of one call: formatted many lines at a time, handed to the stream line by line.
 class LineWriter {
@@ -30,9 +76,7 @@ class LineWriter {
       const auto begun = static_cast<std::size_t>(end_ - text_);
       qav::base85::writeLines(data, together, newLine, end_, lengths);
       lengths[0] += begun;
-      const char* line = text_;
-      for (std::size_t i = 0; i < together; line += lengths[i++])
-        os_.write(line, static_cast<std::streamsize>(lengths[i])).flush();
+      writeLinesTo(os_, text_, lengths, together);
       end_ = text_;
     }
   }

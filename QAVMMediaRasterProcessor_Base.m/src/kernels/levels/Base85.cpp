@@ -87,25 +87,37 @@ constexpr Places kPlaces[5] = {placesWith(0), placesWith(4), placesWith(8), plac
   return _mm512_permutex2var_epi8(digits.outer, _mm512_loadu_si512(places), digits.middle);
 }
 
-// Four lines are five vectors, with the new lines after 20, 4, 8, 12 and 16 groups of them.
-std::size_t encodeLines(const std::uint8_t* data, std::size_t lines, char newLine, char* text) {
+// Up to four lines, which are up to five vectors, with the new lines after 20, 4, 8, 12 and 16 groups of them. False if
+// a group is zero.
+[[gnu::always_inline]] inline bool encodeFourLines(const std::uint8_t* data, std::size_t lines, char newLine,
+                                                   char* text) {
   const __m512i newLines = _mm512_set1_epi32(static_cast<std::uint8_t>(newLine) << 8);
   const __m512i middleDigit = _mm512_set1_epi32(0xFF);
-  std::size_t done = 0;
-  for (; done + 4 <= lines; done += 4) {
-    for (std::size_t v = 0; v < 5; ++v) {
-      const __m512i value = bigEndianLanes(_mm512_loadu_si512(data + 64 * v));
-      if (_mm512_testn_epi32_mask(value, value)) return done;
-      Digits digits = digitsOf(value);
-      digits.middle = _mm512_ternarylogic_epi32(digits.middle, middleDigit, newLines, 0xEA);  // (a & b) | c
-      // 81 characters; where no new line is among them the last one is overwritten by the next vector.
-      _mm512_storeu_si512(text, placed(digits, kPlaces[v].at));
-      _mm512_storeu_si512(text + 17, placed(digits, kPlaces[v].at + 17));
-      text += v == 0 ? 80 : 81;
+  for (std::size_t v = 0; 16 * v < kBase85LineGroups * lines; ++v) {
+    const std::size_t left = kBase85LineGroups * lines - 16 * v;
+    const auto lanes = static_cast<__mmask16>(left < 16 ? (1u << left) - 1 : 0xFFFF);
+    const __m512i value = bigEndianLanes(_mm512_maskz_loadu_epi32(lanes, data + 64 * v));
+    if (_mm512_mask_testn_epi32_mask(lanes, value, value)) return false;
+    Digits digits = digitsOf(value);
+    digits.middle = _mm512_ternarylogic_epi32(digits.middle, middleDigit, newLines, 0xEA);  // (a & b) | c
+    if (left < 16) {
+      _mm512_mask_storeu_epi8(text, (1ull << (5 * left + 1)) - 1, placed(digits, kPlaces[v].at));
+      break;
     }
-    data += 320;
+    // 81 characters; where no new line is among them the last one is overwritten by the next vector.
+    _mm512_storeu_si512(text, placed(digits, kPlaces[v].at));
+    _mm512_storeu_si512(text + 17, placed(digits, kPlaces[v].at + 17));
+    text += v == 0 ? 80 : 81;
   }
-  return done;
+  return true;
+}
+
+std::size_t encodeLines(const std::uint8_t* data, std::size_t lines, char newLine, char* text) {
+  std::size_t done = 0;
+  for (; done + 4 <= lines; done += 4)
+    if (!encodeFourLines(data + kBase85LineBytes * done, 4, newLine, text + kBase85LineLength * done)) return done;
+  const std::size_t rest = lines - done;
+  return encodeFourLines(data + kBase85LineBytes * done, rest, newLine, text + kBase85LineLength * done) ? lines : done;
 }
 
 std::size_t encodeGroups(const std::uint8_t* data, std::size_t groups, char* text) {

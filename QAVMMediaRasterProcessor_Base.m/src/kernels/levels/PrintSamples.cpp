@@ -149,6 +149,107 @@ constexpr std::size_t kLongest = 128;  // of a run or a literal
   return kLongest - (further >> 63);
 }
 
+// Where records are being made: `at` in the samples, `fill` in the buffer.
+struct RecordPlace {
+  std::size_t at;
+  std::size_t fill;
+};
+
+// Records of runs that a buffer takes before it counts as full.
+[[gnu::always_inline]] inline std::size_t recordsToFull(std::size_t fill) { return (kRunLengthFull - fill + 1) / 2; }
+
+[[gnu::always_inline]] inline std::size_t least(std::size_t a, std::size_t b) { return a < b ? a : b; }
+
+// Records of the longest kind for `length` samples, as long as more samples follow. Returns how many samples they take.
+template <bool write>
+[[gnu::always_inline]] inline std::size_t addLongest(std::uint8_t value, std::size_t length, std::uint8_t* records,
+                                                     std::size_t& fill) {
+  const std::size_t count = least((length - 1) / kLongest, recordsToFull(fill));
+  if constexpr (write) {
+    const U16 record = splat<U16>(static_cast<std::uint16_t>((257 - kLongest) | value << 8));
+    for (std::size_t i = 0; i < count; i += kLanes<U16>) store(records + fill + 2 * i, record);
+  }
+  fill += 2 * count;
+  return kLongest * count;
+}
+
+// Samples of the run that `at` lies in, from there on; what is behind those that records may begin at is only counted
+// as far as a record reaches.
+[[gnu::always_inline]] inline std::size_t longRunLength(const RunLengthInput& input, std::size_t at) {
+  const std::size_t limit = (input.count + kLongest + 63) / 64;
+  std::size_t word = at / 64;
+  std::uint64_t ends = ~input.equal[word] & ~0ull << at % 64;
+  while (!ends && word < limit) ends = ~input.equal[++word];
+  const std::size_t length = 64 * word + (ends ? lowestBit(ends) : 0) + 1 - at;
+  return least(length, (input.count - at + kLongest - 1) / kLongest * kLongest + 1);
+}
+
+#if QAV_KERNEL_LEVEL >= 2
+
+// Where runs end: the place of the last sample, and its value 16 bits higher.
+struct RunEnds {
+  static constexpr std::size_t kWords = 12;       // of `equal` that are looked at together
+  static constexpr std::size_t kMostInWord = 32;  // more would have to be runs of one sample
+
+  std::size_t base = 0;                               // the sample that places are counted from
+  std::size_t count = 0;                              // of runs
+  std::uint32_t end[1 + kMostInWord * (kWords + 1)];  // behind the end before the first run
+};
+
+// The runs from sample `at` on that end within the next words, or up to a word with too many.
+[[gnu::always_inline]] inline void findRunEnds(const RunLengthInput& input, std::size_t at, RunEnds& runs) {
+  constexpr std::size_t kAtOnce = 6;  // branches on how many there are would be foretold wrong too often
+  const std::size_t first = at / 64, left = input.count / 64 - first;
+  const std::size_t words = left < RunEnds::kWords ? left : RunEnds::kWords;
+  const std::uint8_t* const samples = input.samples + 64 * first;
+  std::uint32_t* to = runs.end;
+  *to++ = static_cast<std::uint32_t>(at % 64 - 1);
+  std::uint64_t wanted = ~0ull << at % 64;
+  for (std::size_t w = 0; w < words; ++w, wanted = ~0ull) {
+    std::uint64_t ends = ~input.equal[first + w] & wanted;
+    const auto found = static_cast<std::size_t>(__builtin_popcountll(ends));
+    if (found > RunEnds::kMostInWord) break;
+    const auto put = [&](std::size_t i) {
+      const std::size_t place = 64 * w + _tzcnt_u64(ends);
+      to[i] = static_cast<std::uint32_t>(place | std::size_t{samples[place]} << 16);
+      ends = _blsr_u64(ends);
+    };
+    for (std::size_t i = 0; i < kAtOnce; ++i) put(i);
+    for (std::size_t i = kAtOnce; i < found; ++i) put(i);
+    to += found;
+  }
+  runs.base = 64 * first;
+  runs.count = static_cast<std::size_t>(to - runs.end) - 1;
+}
+
+// The records of runs that follow one another, up to one of a single sample.
+template <bool write>
+[[gnu::always_inline]] inline void addRuns(const RunLengthInput& input, RecordPlace& place, std::uint8_t* records) {
+  RunEnds runs;
+  findRunEnds(input, place.at, runs);
+  std::size_t fill = place.fill, done = 0;
+  while (done < runs.count && fill < kRunLengthFull) {
+    const U32 end = load<U32>(runs.end + 1 + done), length = (end - load<U32>(runs.end + done)) & 0xFFFF;
+    const auto others = _mm512_cmpgt_epu32_mask((__m512i)(length - 2), (__m512i)splat<U32>(kLongest - 2));
+    const std::size_t most = least(least(recordsToFull(fill), runs.count - done), kLanes<U32>);
+    const std::size_t alike = lowestBit(others | 1u << most);
+    if constexpr (write)
+      _mm256_storeu_si256(reinterpret_cast<__m256i*>(records + fill),
+                          _mm512_cvtepi32_epi16((__m512i)(((1 - length) & 0xFF) | (end >> 8 & 0xFF00))));
+    fill += 2 * alike;
+    done += alike;
+    if (alike == most) continue;
+    const std::size_t other = (runs.end[done + 1] - runs.end[done]) & 0xFFFF;
+    if (other == 1) break;
+    runs.end[done] += static_cast<std::uint32_t>(
+        addLongest<write>(static_cast<std::uint8_t>(runs.end[done + 1] >> 16), other, records, fill));
+  }
+  place.at = runs.base + static_cast<std::uint16_t>(runs.end[done] + 1);
+  place.fill = fill;
+}
+
+#endif
+
 // The records of one run or one literal at a time, `write` deciding whether they are stored or only counted.
 //
 // A literal is a record whose length may still grow, and single samples and folded pairs do make it grow; so where it
@@ -157,36 +258,60 @@ template <bool write>
 [[gnu::always_inline]] inline std::size_t makeRecords(RunLengthInput input, std::size_t at, std::uint8_t* records,
                                                       std::size_t& filled) {
   const std::uint8_t* const samples = input.samples;
-  std::size_t fill = filled;
+  RecordPlace place{at, filled};
   const auto addRun = [&](std::uint64_t equal) {
-    const std::size_t length = runLength(input.equal, at, equal);
+    const std::size_t length = runLength(input.equal, place.at, equal);
     if constexpr (write) {
-      records[fill] = static_cast<std::uint8_t>(257 - length);
-      records[fill + 1] = samples[at];
+      records[place.fill] = static_cast<std::uint8_t>(257 - length);
+      records[place.fill + 1] = samples[place.at];
     }
-    fill += 2;
-    at += length;
+    place.fill += 2;
+    place.at += length;
   };
-  while (at < input.count && fill < kRunLengthFull) {
-    const std::uint64_t equal = bitsAt(input.equal, at);
+#if QAV_KERNEL_LEVEL >= 2
+  constexpr std::size_t kWorthwhile = 8, kApart = 4;  // records
+  std::size_t apart = 0;  // records to be made one by one before many runs are tried for again
+#endif
+  while (place.at < input.count && place.fill < kRunLengthFull) {
+    const std::uint64_t equal = bitsAt(input.equal, place.at);
+    if (!~equal) {
+      const std::size_t length = longRunLength(input, place.at);
+      const std::size_t taken = addLongest<write>(samples[place.at], length, records, place.fill);
+      place.at += taken;
+      if (taken == 0) addRun(equal);
+      continue;
+    }
+#if QAV_KERNEL_LEVEL >= 2
+    if (apart > 0) {
+      --apart;
+    } else if ((equal & 1) && place.at / 64 + 2 < input.count / 64) {
+      const std::size_t before = place.fill;
+      addRuns<write>(input, place, records);
+      if (place.fill - before < 2 * kWorthwhile) apart = kApart;
+      continue;
+    }
+#endif
     if (equal & 1) {
       addRun(equal);
       continue;
     }
-    const std::size_t length = literalLength(input.equal, at, equal);
+#if QAV_KERNEL_LEVEL >= 2
+    apart = kApart;
+#endif
+    const std::size_t length = literalLength(input.equal, place.at, equal);
     if constexpr (write) {
-      records[fill] = static_cast<std::uint8_t>(length - 1);
-      std::memcpy(records + fill + 1, samples + at, kLongest);
+      records[place.fill] = static_cast<std::uint8_t>(length - 1);
+      std::memcpy(records + place.fill + 1, samples + place.at, kLongest);
     }
-    fill += 1 + length;
-    at += length;
-    if (length < kLongest && at < input.end) {
-      const std::uint64_t next = bitsAt(input.equal, at);
+    place.fill += 1 + length;
+    place.at += length;
+    if (length < kLongest && place.at < input.end) {
+      const std::uint64_t next = bitsAt(input.equal, place.at);
       if (next & 1) addRun(next);
     }
   }
-  filled = fill;
-  return at;
+  filled = place.fill;
+  return place.at;
 }
 
 std::size_t runLengthRecords(const RunLengthInput& input, std::size_t at, std::uint8_t* records, std::size_t& filled) {
