@@ -151,9 +151,10 @@ TEST(WriteRGB, HeaderAndPlanes) {
       {imageOf(2, 0, RGBA8888, {}), {0x01, 0xDA, 0, 1, 0, 3, 0, 2, 0, 0, 0, 4}, {}},
       {makeImage(2, 1, RGBFloat), {0x01, 0xDA, 0, 1, 0, 2, 0, 2, 0, 1, 0, 3}, {0, 0, 0, 0, 0, 0}},
   };
+  // One file again and again, so that shorter ones replace longer ones too.
+  const TemporaryFolder folder;
+  const std::string path = folder.path("picture.rgb");
   for (const auto& c : cases) {
-    const TemporaryFolder folder;
-    const std::string path = folder.path("picture.rgb");
     ASSERT_EQ(WriteRGB(QAVString(path), c.image.get()), 0);
     Bytes expected = c.start;
     expected.resize(512);

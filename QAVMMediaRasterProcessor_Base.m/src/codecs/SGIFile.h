@@ -28,11 +28,10 @@ struct ReleaseImage {
 };
 using OwnedImage = std::unique_ptr<QAVPixelImage, ReleaseImage>;
 
-/// The file at `path` without a buffer of the C library's own: all reads and writes are large. Null on failure.
-inline File openFile(const char* path, const char* mode) {
-  File file(std::fopen(path, mode));
-  if (file) std::setvbuf(file.get(), nullptr, _IONBF, 0);
-  return file;
+/// `file` without a buffer of the C library's own, as all reads and writes are large.
+inline File unbuffered(std::FILE* file) {
+  if (file) std::setvbuf(file, nullptr, _IONBF, 0);
+  return File(file);
 }
 
 /// Kind and size of what stands at a path.

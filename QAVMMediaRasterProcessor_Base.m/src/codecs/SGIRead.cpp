@@ -86,7 +86,7 @@ QAVPixelImage* ReadRGB(const QAVString& path) {
   // Opening a pipe would wait for its other end.
   const FileStatus status(path.ConvertToChar());
   if (!status.isRegular) return nullptr;
-  File file = openFile(path.ConvertToChar(), "rb");
+  File file = unbuffered(std::fopen(path.ConvertToChar(), "rb"));
   if (!file) return nullptr;
   std::uint8_t head[12] = {};
   static_cast<void>(std::fread(head, 1, sizeof head, file.get()));  // what is missing is 0

@@ -3,6 +3,9 @@
 #include "codecs/SGIFile.h"
 #include "kernels/ChannelPlanes.h"
 
+#include <fcntl.h>
+#include <unistd.h>
+
 #include <algorithm>
 
 namespace {
@@ -30,6 +33,24 @@ struct FileHeader {
   }
   std::uint8_t bytes[kHeaderSize] = {};
 };
+
+// What stands at the path is kept until it has been written over: to free the memory of a file and to get it back for
+// one of the same size takes several times as long as filling it.
+File openToReplace(const char* path) {
+  const int descriptor = ::open(path, O_WRONLY | O_CREAT, 0666);
+  if (descriptor < 0) return nullptr;
+  File file = unbuffered(::fdopen(descriptor, "wb"));
+  if (!file) ::close(descriptor);
+  return file;
+}
+
+// Cuts off what an earlier, longer file has behind the last byte written.
+bool endFile(std::FILE* file) {
+  struct stat status {};
+  if (::fstat(::fileno(file), &status) != 0) return false;
+  const off_t end = ::ftello(file);
+  return !S_ISREG(status.st_mode) || end == status.st_size || (end >= 0 && ::ftruncate(::fileno(file), end) == 0);
+}
 
 bool writeAll(std::FILE* file, const std::uint8_t* bytes, std::size_t count) {
   return std::fwrite(bytes, 1, count, file) == count;
@@ -68,10 +89,10 @@ int WriteRGB(const QAVString& path, const QAVPixelImage* image) {
       width > 0 && height > 0 ? static_cast<std::size_t>(width) * static_cast<std::size_t>(height) : 0;
 
   if (FileStatus(path.ConvertToChar()).isPipe) return kNotOpened;
-  const File file = openFile(path.ConvertToChar(), "wb");
+  const File file = openToReplace(path.ConvertToChar());
   if (!file) return kNotOpened;
   const FileHeader header(width, height, channels);
   const bool complete =
       writeAll(file.get(), header.bytes, sizeof header.bytes) && writePlanes(file.get(), pixels, count, channels);
-  return complete ? kWritten : kNotComplete;
+  return endFile(file.get()) && complete ? kWritten : kNotComplete;
 }
