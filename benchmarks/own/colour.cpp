@@ -42,12 +42,12 @@ void mask(QAVMMIMaskType type) {
 [[maybe_unused]] const bool added[] = {
     addOurs("channel extremes L8", 4.5, [] { extremes(1); }),
     addOurs("channel extremes RGBA", 7, [] { extremes(4); }),
-    addOurs("grey of RGBA", 2, [] { grey(4); }),
-    addOurs("grey of RGB", 2.3, [] { grey(3); }),
+    addOurs("grey of RGBA", {{"libyuv", 1}, {"OpenCV", 2}}, [] { grey(4); }),
+    addOurs("grey of RGB", {{"OpenCV", 2.3}}, [] { grey(3); }),
     addOurs("mirror RGBA left-right", 0.97, [] { mirror(RGBA8888, QAVMMIMirrorLeftRight); }),
     addOurs("mirror RGBA top-bottom", 0.97, [] { mirror(RGBA8888, QAVMMIMirrorTopBottom); }),
     addOurs("mirror RGBA both", 0.97, [] { mirror(RGBA8888, QAVMMIMirrorBoth); }),
-    addOurs("mirror RGB left-right", 3, [] { mirror(RGB888, QAVMMIMirrorLeftRight); }),
+    addOurs("mirror RGB left-right", {{"libyuv", 1.7}, {"OpenCV", 3}}, [] { mirror(RGB888, QAVMMIMirrorLeftRight); }),
     addOurs("mask by luminance", 0, [] { mask(QAVMMIMaskLuminance); }),
     addOurs("mask by alpha", 0, [] { mask(QAVMMIMaskAlpha); }),
 };

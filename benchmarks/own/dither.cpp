@@ -21,7 +21,7 @@ void threshold() {
 }
 
 [[maybe_unused]] const bool added[] = {
-    addOurs("dither 0, Floyd-Steinberg of the libraries", 15, [] { dither(0); }),
+    addOurs("dither 0, Floyd-Steinberg of the libraries", 18, [] { dither(0); }),
     addOurs("dither 0, plain loop", 18, [] { dither(0); }),
     addOurs("dither 1, plain loop", 12, [] { dither(1); }),
     addOurs("dither 2, plain loop", 12, [] { dither(2); }),

@@ -15,6 +15,30 @@ std::function<void()> filtering(QAVMMIFilterType type, QAVPixelImageFormat forma
   };
 }
 
+// The time of these depends on the picture, so they get the photograph anew each time.
+QAVPixelImage& anew(QAVPixelImageFormat format) {
+  static QAVPixelImage* const images[] = {photographImage(kWidth, kHeight, RGB888),
+                                          photographImage(kWidth, kHeight, RGBA8888)};
+  return *images[format == RGBA8888];
+}
+
+void takePhotograph(QAVPixelImageFormat format, bool opaque) {
+  const int channels = format == RGBA8888 ? 4 : 3;
+  const auto& bytes = photograph(kWidth, kHeight, channels);
+  unsigned char* const pixels = anew(format).GetPixelsToModify();
+  std::copy(bytes.begin(), bytes.end(), pixels);
+  for (std::size_t i = 3; opaque && i < bytes.size(); i += 4) pixels[i] = 255;
+}
+
+bool addConvolution(const char* operation, double target, int size, std::vector<float> (*weights)(int),
+                    bool opaque = false) {
+  return addOurs(
+      operation, target, [=] { takePhotograph(RGBA8888, opaque); },
+      [=, kernel = weights(size)] {
+        QAVMMediaImageProcessor::LinearConvolveMatrix(anew(RGBA8888), size, kernel.data());
+      });
+}
+
 std::function<void()> convolving(int size, std::vector<float> (*weights)(int)) {
   return [=, kernel = weights(size), image = static_cast<QAVPixelImage*>(nullptr)]() mutable {
     if (!image) image = photographImage(kWidth, kHeight, RGBA8888);
@@ -22,17 +46,19 @@ std::function<void()> convolving(int size, std::vector<float> (*weights)(int)) {
   };
 }
 
-// Ties and clusters of colours matter to this one, so it gets the photograph anew each time.
-void colourMedian() {
-  static QAVPixelImage* const image = photographImage(kWidth, kHeight, RGB888);
-  const auto& bytes = photograph(kWidth, kHeight, 3);
-  std::copy(bytes.begin(), bytes.end(), image->GetPixelsToModify());
-  QAVMMediaImageProcessor::Filter(*image, QAVMMIFilterMedian, 1, nullptr, 1);
+// Converts the photograph to grey and filters that, as the operation does with pictures of colours.
+void sobelFromColours() {
+  auto* const pixels = const_cast<std::uint8_t*>(photograph(kWidth, kHeight, 4).data());
+  QAVPixelImage image(kWidth, kHeight, RGBA8888, pixels, QAVDeallocatePixelsByCaller);
+  QAVMMediaImageProcessor::Filter(image, QAVMMIFilterSobel, 1, nullptr, 1);
 }
 
 [[maybe_unused]] const bool added[] = {
-    addOurs("kernel 3x3 of floats", 3, convolving(3, &unevenWeights)),
-    addOurs("kernel 7x7 of floats", 5, convolving(7, &unevenWeights)),
+    addConvolution("kernel 3x3 of floats", 3, 3, &unevenWeights),
+    addConvolution("kernel 7x7 of floats", 5, 7, &unevenWeights),
+    addConvolution("kernel 7x7 of floats, opaque", 5, 7, &unevenWeights, true),
+    addConvolution("kernel 7x7 of floats, bell", 5, 7, &bellWeights),
+    addConvolution("kernel 7x7 of floats, box", 0, 7, &equalWeights),
     addOurs("kernel 3x3 of whole weights", 6, convolving(3, &wholeWeights)),
     addOurs("kernel 7x7 of whole weights", 6, convolving(7, &wholeWeights)),
     addOurs("box RGBA", 4, filtering(QAVMMIFilterSmoothBox, RGBA8888)),
@@ -49,6 +75,7 @@ void colourMedian() {
     addOurs("sharpen cross RGBA", 5.5, filtering(QAVMMIFilterSharpenCross, RGBA8888)),
     addOurs("sharpen strong RGBA", 5.5, filtering(QAVMMIFilterSharpenStrong, RGBA8888)),
     addOurs("Sobel L8", 6.5, filtering(QAVMMIFilterSobel, L8)),
+    addOurs("Sobel from RGBA", 2.3, &sobelFromColours),
     addOurs("Prewitt L8", 0, filtering(QAVMMIFilterPrewitt, L8)),
     addOurs("isotropic L8", 0, filtering(QAVMMIFilterIsotropic, L8)),
     addOurs("Prewitt compass L8", 0, filtering(QAVMMIFilterPrewittCompass, L8)),
@@ -57,7 +84,9 @@ void colourMedian() {
     addOurs("Laplace L8", 5, filtering(QAVMMIFilterLaplace, L8)),
     addOurs("Sobel rows L8", 0, filtering(QAVMMIFilterSobelHorizontal, L8)),
     addOurs("median L8", 3, filtering(QAVMMIFilterMedian, L8)),
-    addOurs("median RGB by key", 80, &colourMedian),
+    addOurs(
+        "median RGB by key", 80, [] { takePhotograph(RGB888, false); },
+        [] { QAVMMediaImageProcessor::Filter(anew(RGB888), QAVMMIFilterMedian, 1, nullptr, 1); }),
     addOurs("minimum L8", 2.5, filtering(QAVMMIFilterMinimum, L8)),
     addOurs("maximum L8", 2.5, filtering(QAVMMIFilterMaximum, L8)),
     addOurs("opening L8", 2.7, filtering(QAVMMIFilterOpening, L8)),

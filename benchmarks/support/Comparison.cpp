@@ -18,12 +18,21 @@ std::vector<Entry>& registry() {
 }
 
 bool add(std::string operation, std::string library, std::function<void()> work) {
-  registry().push_back({std::move(operation), std::move(library), 0, std::move(work)});
+  registry().push_back({std::move(operation), std::move(library), {}, std::move(work), {}});
   return true;
 }
 
 bool addOurs(std::string operation, double target, std::function<void()> work) {
-  registry().push_back({std::move(operation), kOurs, target, std::move(work)});
+  return addOurs(std::move(operation), {{"", target}}, std::move(work));
+}
+
+bool addOurs(std::string operation, std::vector<Target> targets, std::function<void()> work) {
+  registry().push_back({std::move(operation), kOurs, std::move(targets), std::move(work), {}});
+  return true;
+}
+
+bool addOurs(std::string operation, double target, std::function<void()> prepare, std::function<void()> work) {
+  registry().push_back({std::move(operation), kOurs, {{"", target}}, std::move(work), std::move(prepare)});
   return true;
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cmath>
 #include <vector>
 
 namespace qav::bench {
@@ -11,6 +12,19 @@ inline std::vector<float> unevenWeights(int size) {
   for (std::size_t i = 0; i < weights.size(); ++i) sum += weights[i] = 1.0f + 0.137f * static_cast<float>(i * 7 % 11);
   for (float& w : weights) w /= sum;
   return weights;
+}
+
+/// A Gaussian bell as callers compute it.
+inline std::vector<float> bellWeights(int size) {
+  std::vector<float> weights;
+  for (int y = -size / 2; y <= size / 2; ++y)
+    for (int x = -size / 2; x <= size / 2; ++x) weights.push_back(std::exp(static_cast<float>(-x * x - y * y) / 4.5f));
+  return weights;
+}
+
+/// The mean.
+inline std::vector<float> equalWeights(int size) {
+  return std::vector<float>(static_cast<std::size_t>(size * size), 1.0f / static_cast<float>(size * size));
 }
 
 /// Whole weights, some of them negative.

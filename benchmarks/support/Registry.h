@@ -1,16 +1,15 @@
 #pragma once
 
-#include <functional>
-#include <string>
-#include <vector>
+#include "support/Comparison.h"
 
 namespace qav::bench {
 
 struct Entry {
   std::string operation;
   std::string library;
-  double target = 0;
+  std::vector<Target> targets;
   std::function<void()> work;
+  std::function<void()> prepare;
 };
 
 std::vector<Entry>& registry();

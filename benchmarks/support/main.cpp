@@ -1,4 +1,4 @@
-// Times every entry, then prints each operation's best rival and the ratio.
+// Times every entry, then prints for each operation the best rival, those with a target of their own, and the ratios.
 //   qav_benchmarks [--quick] [--only TEXT] [--markdown FILE] [Google Benchmark's own flags]
 
 #include "kernels/Level.h"
@@ -12,6 +12,7 @@
 #include <cstring>
 #include <fstream>
 #include <map>
+#include <set>
 #include <sstream>
 
 namespace {
@@ -38,26 +39,57 @@ class BestTimes : public benchmark::BenchmarkReporter {
   std::map<std::string, double> best;
 };
 
-std::vector<Row> compare(const std::map<std::string, double>& best) {
-  std::vector<Row> rows;
+using Times = std::map<std::string, double>;
+
+double timeOf(const Entry& entry, const Times& best) {
+  const auto found = best.find(nameOf(entry));
+  return found == best.end() ? 0 : found->second;
+}
+
+const Entry* oursOf(const std::string& operation) {
+  const auto& entries = qav::bench::registry();
+  const auto found = std::find_if(entries.begin(), entries.end(), [&](const Entry& entry) {
+    return entry.operation == operation && entry.library == qav::bench::kOurs;
+  });
+  return found == entries.end() ? nullptr : &*found;
+}
+
+// The named rival of an operation or, without a name, the best one.
+Row against(const std::string& operation, const qav::bench::Target& target, const Times& best) {
+  const Entry* const ours = oursOf(operation);
+  Row row{operation, ours ? timeOf(*ours, best) : 0, target.rival, 0, target.ratio};
   for (const Entry& entry : qav::bench::registry()) {
-    const auto time = best.find(nameOf(entry));
-    if (time == best.end()) continue;
-    auto row = std::find_if(rows.begin(), rows.end(), [&](const Row& r) { return r.operation == entry.operation; });
-    if (row == rows.end()) {
-      Row added;
-      added.operation = entry.operation;
-      row = rows.insert(rows.end(), added);
-    }
-    if (entry.library == qav::bench::kOurs) {
-      row->ours = time->second;
-      row->target = entry.target;
-    } else if (row->rival.empty() || time->second < row->rivals) {
-      row->rival = entry.library;
-      row->rivals = time->second;
+    if (entry.operation != operation || &entry == ours) continue;
+    const double time = timeOf(entry, best);
+    if (target.rival.empty() ? time > 0 && (row.rivals <= 0 || time < row.rivals) : entry.library == target.rival) {
+      row.rival = entry.library;
+      row.rivals = time;
     }
   }
-  std::sort(rows.begin(), rows.end(), [](const Row& a, const Row& b) { return a.operation < b.operation; });
+  return row;
+}
+
+// A row for each target and, if none of them is over the best rival, one for that.
+std::vector<Row> rowsOf(const std::string& operation, const Times& best) {
+  std::vector<Row> rows;
+  const Row overBest = against(operation, {}, best);
+  bool shown = false;
+  if (const Entry* const ours = oursOf(operation))
+    for (const auto& target : ours->targets) {
+      rows.push_back(against(operation, target, best));
+      shown = shown || rows.back().rival == overBest.rival;
+    }
+  if (!shown) rows.push_back(overBest);
+  return rows;
+}
+
+std::vector<Row> compare(const Times& best) {
+  std::set<std::string> operations;
+  for (const Entry& entry : qav::bench::registry())
+    if (timeOf(entry, best) > 0) operations.insert(entry.operation);
+  std::vector<Row> rows;
+  for (const std::string& operation : operations)
+    for (Row& row : rowsOf(operation, best)) rows.push_back(std::move(row));
   return rows;
 }
 
@@ -69,7 +101,7 @@ std::string formatted(const char* format, double value) {
 
 std::string table(const std::vector<Row>& rows) {
   std::ostringstream out;
-  out << "| Operation | Ours, ms | Best rival | Its ms | Ratio | Target |\n|---|---|---|---|---|---|\n";
+  out << "| Operation | Ours, ms | Rival | Its ms | Ratio | Target |\n|---|---|---|---|---|---|\n";
   for (const Row& row : rows) {
     const bool compared = row.ours > 0 && row.rivals > 0;
     out << "| " << row.operation << " | " << (row.ours > 0 ? formatted("%.3f", row.ours) : "") << " | " << row.rival
@@ -103,6 +135,12 @@ Options takeOptions(int& argc, char** argv) {
   return options;
 }
 
+void prepareUntimed(const Entry& entry, benchmark::State& state) {
+  state.PauseTiming();
+  entry.prepare();
+  state.ResumeTiming();
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -113,8 +151,12 @@ int main(int argc, char** argv) {
     if (entry.operation.find(options.only) == std::string::npos) continue;
     benchmark::RegisterBenchmark(nameOf(entry).c_str(),
                                  [&entry](benchmark::State& state) {
+                                   if (entry.prepare) entry.prepare();
                                    entry.work();
-                                   for (auto _ : state) entry.work();
+                                   for (auto _ : state) {
+                                     if (entry.prepare) prepareUntimed(entry, state);
+                                     entry.work();
+                                   }
                                  })
         ->MeasureProcessCPUTime()  // some rivals work on threads of their own
         ->MinTime(options.quick ? 0.02 : 0.1)

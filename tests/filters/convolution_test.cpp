@@ -79,6 +79,63 @@ TEST(Convolution, EveryKernelGivesTheDirectLoop) {
   });
 }
 
+// Bands of one colour, of 255, of ramps along x and y, of specks, near or far, and of noise, above them noise or
+// one colour.
+std::vector<std::uint8_t> patchwork(int width, int height, std::mt19937& random) {
+  std::vector<std::uint8_t> bytes;
+  const unsigned flat = random() % 256, near = random() % 2 ? 1 : 255, start = random() % 2 * unsigned(height / 2);
+  for (unsigned y = 0; y < unsigned(height); ++y)
+    for (unsigned i = 0; i < 4 * unsigned(width); ++i) {
+      const unsigned values[] = {flat, 255, i / 4, 3 * y, flat ^ (random() % 16 ? 0 : near), unsigned(random())};
+      bytes.push_back(static_cast<std::uint8_t>(y < start ? flat : values[i / 40 % 6]));
+    }
+  return bytes;
+}
+
+enum class Shape { Random, Box, Bell, Sharpening, Negative, Fractions, kCount };
+
+std::vector<float> normalisedKernel(Shape shape, int taps, float scale, std::mt19937& random) {
+  std::vector<float> kernel;
+  float sum = 0.0f;
+  for (int i = 0; i < taps * taps; ++i) {
+    const auto x = static_cast<float>(i % taps - taps / 2), y = static_cast<float>(i / taps - taps / 2);
+    const float any = static_cast<float>(random() % 1000 + 1) / 1000;
+    const bool middle = i == taps * taps / 2, outer = i < taps || i >= taps * (taps - 1);
+    kernel.push_back(shape == Shape::Box                  ? 1.0f
+                     : shape == Shape::Bell               ? std::exp(-(x * x + y * y) / static_cast<float>(taps))
+                     : shape == Shape::Sharpening         ? (middle ? static_cast<float>(taps * taps) : -0.5f * any)
+                     : shape == Shape::Fractions && outer ? 0.0f
+                                                          : any);
+    sum += kernel.back();
+  }
+  for (float& w : kernel) w *= (shape == Shape::Negative ? -scale : scale) / sum;
+  if (shape != Shape::Fractions) return kernel;
+  // Fractions of 2^18, small above and below: quotients come as close to whole numbers as single precision rounds.
+  float rest = 1.0f;
+  for (float& w : kernel) rest -= w = (w > 0 ? std::round(w / scale * 0x1p18f) : float(random() % 2)) * 0x1p-18f;
+  kernel[kernel.size() / 2] += rest;
+  return kernel;
+}
+
+// Quotients that are whole numbers but for their rounding.
+TEST(Convolution, ResultsBesideWholeNumbers) {
+  std::mt19937 random(9);
+  atEveryLevel([&] {
+    for (int round = 0; round < 200; ++round) {
+      const auto shape = static_cast<Shape>(random() % static_cast<unsigned>(Shape::kCount));
+      const int taps = 3 + 2 * static_cast<int>(random() % 4);
+      const float scales[] = {1.0f, 1.0f, 1e-20f, 3e25f};
+      const auto kernel = normalisedKernel(shape, taps, scales[random() % 4], random);
+      const int width = 20 + static_cast<int>(random() % 60), height = 1 + static_cast<int>(random() % 30);
+      auto bytes = patchwork(width, height, random);
+      const auto expected = convolved(bytes, width, height, taps, kernel);
+      Processor::LinearConvolveMatrixRGBA(bytes.data(), width, height, taps, kernel.data());
+      ASSERT_EQ(bytes, expected) << taps << " taps of shape " << static_cast<int>(shape) << ", " << width << "x"
+                                 << height;
+    }
+  });
+}
+
 // In a picture of one row only the middle row of weights takes part; the others make up the divisor.
 std::vector<float> kernelWithSum(std::vector<float> middle, int sum) {
   const std::size_t taps = middle.size(), outside = taps * (taps - 1);

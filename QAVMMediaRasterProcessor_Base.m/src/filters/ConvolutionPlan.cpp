@@ -111,29 +111,76 @@ std::optional<ConvolutionQuotient> wordQuotientBy(double divisor) {
   return std::nullopt;
 }
 
-std::uint32_t lane(const float* weights, std::int64_t count, int tapsPerLane, double scale) {
-  if (tapsPerLane == 1) return std::bit_cast<std::uint32_t>(weights[0]);
-  const int bits = 32 / tapsPerLane;
-  std::uint32_t packed = 0;
-  for (int k = 0; k < tapsPerLane && k < count; ++k) {
-    const auto multiple = static_cast<std::int32_t>(weights[k] * scale);
-    packed |= (static_cast<std::uint32_t>(multiple) & ((1u << bits) - 1u)) << (k * bits);
+// Lanes of weights that are whole numbers, row by row, from the weight of the first tap within reach on.
+class LanePacker {
+ public:
+  LanePacker(const kernels::ConvolutionArithmetic& arithmetic, std::vector<std::uint32_t>& lanes)
+      : taps_(arithmetic.tapsPerLane), digits_(arithmetic.digits), lanes_(lanes) {}
+
+  template <class WeightAt>
+  void packRow(std::int64_t count, const WeightAt& weightAt) {
+    for (std::int64_t t = 0; t < count; t += taps_)
+      for (int digit = 0; digit < digits_; ++digit) {
+        std::uint32_t lane = 0;
+        for (int k = 0; k < taps_ && t + k < count; ++k) lane |= part(weightAt(t + k), digit) << (k * 32 / taps_);
+        lanes_.push_back(lane);
+      }
   }
-  return packed;
+
+ private:
+  // The lower of two digits is signed too.
+  std::uint32_t part(std::int32_t weight, int digit) const {
+    const std::int32_t value = digit == 0 ? weight : (weight + 128) >> 8;
+    return static_cast<std::uint32_t>(value) & (taps_ == 2 ? 0xFFFFu : 0xFFu);
+  }
+
+  int taps_;
+  int digits_;
+  std::vector<std::uint32_t>& lanes_;
+};
+
+ConvolutionPlan planFloats(const ConvolutionKernel& kernel, float sum, std::int64_t reachX, std::int64_t reachY) {
+  const auto taps = static_cast<std::size_t>(2 * reachX + 1);
+  ConvolutionPlan plan{&kernels::convolutionKernels().floats, quotientBy(sum), {}, taps, nullptr};
+  for (std::int64_t dy = -reachY; dy <= reachY; ++dy)
+    for (const float* w = kernel.at(dy, -reachX); w <= kernel.at(dy, reachX); ++w)
+      plan.weights.push_back(std::bit_cast<std::uint32_t>(*w));
+  return plan;
+}
+
+std::size_t lanesOf(const kernels::ConvolutionArithmetic& arithmetic, std::int64_t taps) {
+  return static_cast<std::size_t>((taps + arithmetic.tapsPerLane - 1) / arithmetic.tapsPerLane);
+}
+
+ConvolutionPlan planBounded(std::unique_ptr<BoundedConvolution> bounded, const ConvolutionKernel& kernel, float sum) {
+  const auto& words = kernels::convolutionKernels().words;
+  const std::int64_t taps = 2 * kernel.half() + 1;
+  ConvolutionPlan plan{
+      &words, {ConvolutionQuotient::Divide, sum, 0, 0, 0, 0}, {}, lanesOf(words, taps), std::move(bounded)};
+  LanePacker packer(words, plan.weights);
+  for (auto row = plan.bounded->multiples.begin(); row != plan.bounded->multiples.end(); row += taps)
+    packer.packRow(taps, [row](std::int64_t t) { return row[t]; });
+  return plan;
 }
 
 }  // namespace
 
-ConvolutionPlan planConvolution(const ConvolutionKernel& kernel, float sum, std::int64_t reachX, std::int64_t reachY) {
+ConvolutionPlan planConvolution(const ConvolutionKernel& kernel, float sum, std::int64_t reachX, std::int64_t reachY,
+                                Bounding bounding) {
   const auto& ways = kernels::convolutionKernels();
   const WholeWeights whole = wholeWeights(kernel);
   const bool exact = 255 * whole.sum < kExactSums && std::abs(whole.exponent) <= 100;
-  const bool pairs = exact && whole.largest <= 32767;
-  const bool quads = exact && whole.largest <= 127 && ways.quads.tapsPerLane > 0;
-  ConvolutionPlan plan{quads ? &ways.quads : pairs ? &ways.pairs : &ways.floats, {}, {}, 0};
+  if (!exact || whole.largest > kernels::ConvolutionKernels::kMostWord) {
+    const int least = ways.words.boundedFrom;
+    const bool covered = reachX == kernel.half() && reachY == kernel.half();
+    const bool bounds = bounding == Bounding::Yes && least > 0 && 2 * kernel.half() + 1 >= least && covered;
+    auto bounded = bounds ? boundConvolution(kernel, sum) : nullptr;
+    return bounded ? planBounded(std::move(bounded), kernel, sum) : planFloats(kernel, sum, reachX, reachY);
+  }
+  const bool bytes = whole.largest <= kernels::ConvolutionKernels::kMostByte && ways.bytes.tapsPerLane > 0;
   double scale = std::ldexp(1.0, -whole.exponent);
-  plan.quotient = quotientBy(pairs ? static_cast<float>(sum * scale) : sum);
-  if (quads) {
+  ConvolutionPlan plan{bytes ? &ways.bytes : &ways.words, quotientBy(static_cast<float>(sum * scale)), {}, 0, nullptr};
+  if (bytes) {
     // The same quotients come from weights of the other sign, or twice as large.
     const double wordScale = std::copysign(std::fabs(sum * scale) == 1 && whole.largest <= 63 ? 2 * scale : scale, sum);
     if (const auto quotient = wordQuotientBy(sum * wordScale)) {
@@ -141,13 +188,11 @@ ConvolutionPlan planConvolution(const ConvolutionKernel& kernel, float sum, std:
       scale = wordScale;
     }
   }
-
-  const int tapsPerLane = plan.arithmetic->tapsPerLane;
   const std::int64_t taps = 2 * reachX + 1;
-  plan.weightStride = static_cast<std::size_t>((taps + tapsPerLane - 1) / tapsPerLane);
+  plan.weightStride = lanesOf(*plan.arithmetic, taps);
+  LanePacker packer(*plan.arithmetic, plan.weights);
   for (std::int64_t dy = -reachY; dy <= reachY; ++dy)
-    for (std::int64_t t = 0; t < taps; t += tapsPerLane)
-      plan.weights.push_back(lane(kernel.at(dy, t - reachX), taps - t, tapsPerLane, scale));
+    packer.packRow(taps, [&](std::int64_t t) { return static_cast<std::int32_t>(*kernel.at(dy, t - reachX) * scale); });
   return plan;
 }
 

@@ -17,6 +17,8 @@ const std::uint8_t* source(int channels) { return photograph(kWidth, kHeight, ch
         [] { libyuv::ARGBToJ400(source(4), kWidth * 4, target().data(), kWidth, kWidth, kHeight); }),
     add("grey of RGB", "libyuv",
         [] { libyuv::RGB24ToJ400(source(3), kWidth * 3, target().data(), kWidth, kWidth, kHeight); }),
+    add("Sobel from RGBA", "libyuv",
+        [] { libyuv::ARGBSobelToPlane(source(4), kWidth * 4, target().data(), kWidth, kWidth, kHeight); }),
     add("mirror RGBA left-right", "libyuv",
         [] { libyuv::ARGBMirror(source(4), kWidth * 4, target().data(), kWidth * 4, kWidth, kHeight); }),
     add("mirror RGBA top-bottom", "libyuv",

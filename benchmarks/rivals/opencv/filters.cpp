@@ -59,6 +59,9 @@ std::function<void()> userKernel(int size, std::vector<float> weights) {
 [[maybe_unused]] const bool added[] = {
     add("kernel 3x3 of floats", "OpenCV", userKernel(3, unevenWeights(3))),
     add("kernel 7x7 of floats", "OpenCV", userKernel(7, unevenWeights(7))),
+    add("kernel 7x7 of floats, opaque", "OpenCV", userKernel(7, unevenWeights(7))),
+    add("kernel 7x7 of floats, bell", "OpenCV", userKernel(7, bellWeights(7))),
+    add("kernel 7x7 of floats, box", "OpenCV", userKernel(7, equalWeights(7))),
     add("kernel 3x3 of whole weights", "OpenCV", userKernel(3, wholeWeights(3))),
     add("kernel 7x7 of whole weights", "OpenCV", userKernel(7, wholeWeights(7))),
     add("box RGBA", "OpenCV", blurring(4)),
