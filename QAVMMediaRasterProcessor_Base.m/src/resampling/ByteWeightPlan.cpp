@@ -50,42 +50,42 @@ ByteTaps trimmed(const QAVMMContribution& entry) {
 
 std::span<const double> weightsOf(const ByteTaps& taps) { return {taps.weights, static_cast<std::size_t>(taps.count)}; }
 
-struct Magnitudes {
-  double largest = 0.0;
-  double sum = 0.0;
-};
-
-Magnitudes magnitudesOf(const ByteTaps& taps) {
-  Magnitudes m;
-  for (const double w : weightsOf(taps)) {
-    m.largest = std::max(m.largest, std::abs(w));
-    m.sum += std::abs(w);
-  }
-  return m;
-}
-
-// False for infinities and not-a-number, too.
-bool isOrdinary(const ByteTaps& taps) {
-  return taps.count <= kMaxTaps && magnitudesOf(taps).sum <= kMaxSumOfMagnitudes;
-}
-
 constexpr double powerOfTwo(int exponent) { return static_cast<double>(std::int64_t{1} << exponent); }
 
-// To nearest, for magnitudes below 2^51.
-double rounded(double v) {
-  constexpr double kIntegersOnly = 1.5 * 4503599627370496.0;
-  return (v + kIntegersOnly) - kIntegersOnly;
-}
+// The nearest integer of a magnitude below 2^31, found by pushing everything else out of the significand.
+struct Nearest {
+  explicit Nearest(double v) : pushed(v + kIntegersOnly) {}
+  double value() const { return pushed - kIntegersOnly; }
+  std::int32_t integer() const { return static_cast<std::int32_t>(std::bit_cast<std::uint64_t>(pushed)); }
 
-// The least shift that makes all weights integers; one more than the largest shift when none does.
-int shiftToIntegers(const ByteTaps& taps) {
+  static constexpr double kIntegersOnly = 1.5 * 4503599627370496.0;
+  double pushed;
+};
+
+struct Summary {
+  double largest = 0.0;  // magnitude
+  double sum = 0.0;      // of magnitudes
+  // The least shift that makes all weights integers; one more than the largest shift when none does.
+  int shiftToIntegers = kLargestShift + 1;
+  // Few enough, and neither large nor infinite nor not-a-number.
+  bool ordinary = false;
+};
+
+Summary summaryOf(const ByteTaps& taps) {
+  double largest = 0.0, sum = 0.0, fractions = 0.0;
   std::uint32_t bits = 1u << kLargestShift;
   for (const double w : weightsOf(taps)) {
-    const double scaled = w * powerOfTwo(kLargestShift);
-    if (scaled != rounded(scaled)) return kLargestShift + 1;
-    bits |= static_cast<std::uint32_t>(static_cast<std::int32_t>(scaled));
+    const double m = std::abs(w), scaled = w * powerOfTwo(kLargestShift);
+    const Nearest quanta(scaled);
+    largest = m > largest ? m : largest;
+    sum += m;
+    fractions += std::abs(scaled - quanta.value());
+    bits |= static_cast<std::uint32_t>(quanta.integer());
   }
-  return kLargestShift - std::countr_zero(bits);
+  Summary summary{largest, sum};
+  summary.ordinary = taps.count <= kMaxTaps && summary.sum <= kMaxSumOfMagnitudes;
+  if (summary.ordinary && fractions == 0.0) summary.shiftToIntegers = kLargestShift - std::countr_zero(bits);
+  return summary;
 }
 
 // The exact half and more that a sum starts with, and the bound T - 1 on its error; both in quanta.
@@ -94,26 +94,27 @@ struct Quantised {
   double error = 0.0;
 };
 
-Quantised quantise(const ByteTaps& taps, int shift) {
-  double sumOfErrors = 0.0, magnitudes = 0.0;
+Quantised quantise(const ByteTaps& taps, const Summary& summary, int shift) {
+  double sumOfErrors = 0.0;
   std::uint32_t bits = 1u << (shift - 1);
   Quantised result;
   for (const double w : weightsOf(taps)) {
-    const double scaled = w * powerOfTwo(shift), q = rounded(scaled);
-    sumOfErrors += scaled - q;
-    result.error += std::abs(scaled - q);
-    magnitudes += std::abs(scaled);
-    bits |= static_cast<std::uint32_t>(static_cast<std::int32_t>(q));
+    const double scaled = w * powerOfTwo(shift);
+    const Nearest quanta(scaled);
+    const double error = scaled - quanta.value();
+    sumOfErrors += error;
+    result.error += std::abs(error);
+    bits |= static_cast<std::uint32_t>(quanta.integer());
   }
   const double half = powerOfTwo(shift - 1);
   if (result.error == 0.0) {
     result.start = half + static_cast<double>((bits & -bits) / 2);
     return result;
   }
-  const double centre = 127.5 * sumOfErrors;
-  result.start = half + rounded(centre);
-  result.error = 127.5 * result.error + std::abs(centre - rounded(centre)) +
-                 255.0 * (taps.count + 2) * magnitudes * 0x1p-52 + 0x1p-20;
+  const double centre = 127.5 * sumOfErrors, nearest = Nearest(centre).value();
+  result.start = half + nearest;
+  result.error = 127.5 * result.error + std::abs(centre - nearest) +
+                 255.0 * (taps.count + 2) * summary.sum * powerOfTwo(shift) * 0x1p-52 + 0x1p-20;
   return result;
 }
 
@@ -123,6 +124,7 @@ class Planner {
       : plan_(plan), digits_(digits), fours_(fours), largestDigit_(largestDigit) {}
 
   void run() {
+    summarise();
     chooseShifts();
     quantiseAll();
     if (fours_) alignFours();
@@ -133,24 +135,31 @@ class Planner {
  private:
   int shiftOf(ByteSum sum) const { return plan_.weights.shift[static_cast<int>(sum)]; }
 
+  void summarise() {
+    summaries_.reserve(plan_.taps.size());
+    for (const ByteTaps& taps : plan_.taps) summaries_.push_back(summaryOf(taps));
+  }
+
   void chooseShifts() {
-    Magnitudes most;
+    double largest = 0.0, sum = 0.0;
     int exactShift = 0;
-    for (const ByteTaps& taps : plan_.taps) {
-      if (!isOrdinary(taps)) continue;
-      const Magnitudes m = magnitudesOf(taps);
-      most.largest = std::max(most.largest, m.largest);
-      most.sum = std::max(most.sum, m.sum);
-      const int shift = shiftToIntegers(taps);
-      if (shift <= kLargestShift && m.largest * powerOfTwo(shift) <= largestDigit_)
-        exactShift = std::max(exactShift, shift);
+    for (const Summary& summary : summaries_) {
+      if (!summary.ordinary) continue;
+      largest = std::max(largest, summary.largest);
+      sum = std::max(sum, summary.sum);
+      if (fitsOneDigit(summary, summary.shiftToIntegers)) exactShift = std::max(exactShift, summary.shiftToIntegers);
     }
     int shift = kLargestShift;
-    while (shift > kSmallestShift && (most.largest * powerOfTwo(shift) > kMaxQuanta ||
-                                      (255.0 * most.sum + 2.0) * powerOfTwo(shift) + 255.0 * kMaxTaps > 2147483647.0))
+    while (shift > kSmallestShift && (largest * powerOfTwo(shift) > kMaxQuanta ||
+                                      (255.0 * sum + 2.0) * powerOfTwo(shift) + 255.0 * kMaxTaps > 2147483647.0))
       --shift;
     plan_.weights.shift[static_cast<int>(ByteSum::OneDigit)] = std::max(1, exactShift);
     plan_.weights.shift[static_cast<int>(ByteSum::ThreeDigits)] = shift;
+  }
+
+  bool fitsOneDigit(const Summary& summary, int shift) const {
+    return summary.shiftToIntegers <= std::min(shift, kLargestShift) &&
+           summary.largest * powerOfTwo(shift) <= largestDigit_;
   }
 
   void quantiseAll() {
@@ -158,15 +167,14 @@ class Planner {
     std::vector<Quantised> quantised(plan_.taps.size());
     double error = 0.0;
     for (std::size_t i = 0; i < plan_.taps.size(); ++i) {
+      const Summary& summary = summaries_[i];
       ByteTaps& taps = plan_.taps[i];
-      const double largest = magnitudesOf(taps).largest;
-      if (!isOrdinary(taps) || largest * powerOfTwo(three) > kMaxQuanta) continue;
-      quantised[i] = quantise(taps, three);
+      if (!summary.ordinary || summary.largest * powerOfTwo(three) > kMaxQuanta) continue;
+      quantised[i] = quantise(taps, summary, three);
       // More doubt than this would not be worth while.
       if (quantised[i].error > powerOfTwo(three - 8)) continue;
       error = std::max(error, quantised[i].error);
-      const bool small = shiftToIntegers(taps) <= one && largest * powerOfTwo(one) <= largestDigit_;
-      taps.sum = small ? ByteSum::OneDigit : ByteSum::ThreeDigits;
+      taps.sum = fitsOneDigit(summary, one) ? ByteSum::OneDigit : ByteSum::ThreeDigits;
     }
     bound_ = static_cast<std::int32_t>(std::ceil(error)) + 1;
     plan_.weights.doubt = static_cast<std::uint32_t>(2 * bound_) << (32 - three);
@@ -207,37 +215,48 @@ class Planner {
       if (taps.sum == ByteSum::Exact) continue;
       if (taps.sum == ByteSum::OneDigit) taps.bias = 1 << (shiftOf(taps.sum) - 1);
       taps.digits = at;
-      for (std::int32_t t = 0; t < taps.count; ++t) writeTap(taps, t, at);
+      writeTaps(taps, reinterpret_cast<std::int8_t*>(at));
       at += static_cast<std::size_t>(taps.groups) * digitsOf(taps.sum);
     }
   }
 
-  void writeTap(const ByteTaps& taps, std::int32_t tap, std::int32_t* at) const {
-    const auto slot = static_cast<std::size_t>(tap + (fours_ ? taps.left % 4 : 0));
-    const std::size_t count = digitsOf(taps.sum);
-    auto quanta = static_cast<std::int32_t>(rounded(taps.weights[tap] * powerOfTwo(shiftOf(taps.sum))));
-    auto* const bytes = reinterpret_cast<std::int8_t*>(at + slot / 4 * count);
-    for (std::size_t d = count; d-- > 1;) {
-      const std::int32_t digit = ((quanta + 64) & 127) - 64;
-      bytes[4 * d + slot % 4] = static_cast<std::int8_t>(digit);
-      quanta = (quanta - digit) / 128;
+  // The digits of a tap lie four bytes apart, the highest first.
+  void writeTaps(const ByteTaps& taps, std::int8_t* bytes) const {
+    const double quantum = powerOfTwo(shiftOf(taps.sum));
+    const bool three = taps.sum == ByteSum::ThreeDigits;
+    auto slot = static_cast<std::size_t>(fours_ ? taps.left % 4 : 0);
+    for (const double w : weightsOf(taps)) {
+      std::int32_t quanta = Nearest(w * quantum).integer();
+      std::int8_t* const at = bytes + slot / 4 * (three ? 12 : 4) + slot % 4;
+      if (three) {
+        at[8] = takeDigit(quanta);
+        at[4] = takeDigit(quanta);
+      }
+      at[0] = static_cast<std::int8_t>(quanta);
+      ++slot;
     }
-    bytes[slot % 4] = static_cast<std::int8_t>(quanta);
+  }
+
+  // The lowest digit of base 128, -64 to 63.
+  static std::int8_t takeDigit(std::int32_t& quanta) {
+    const std::int32_t digit = ((quanta + 64) & 127) - 64;
+    quanta = (quanta - digit) >> 7;
+    return static_cast<std::int8_t>(digit);
   }
 
   ByteWeightPlan& plan_;
   std::vector<std::int32_t>& digits_;
   bool fours_;
   int largestDigit_;
+  std::vector<Summary> summaries_;
   std::int32_t bound_ = 1;
 };
 
 }  // namespace
 
-ByteWeightPlan::ByteWeightPlan(const QAVMMWeightsTable& table, Order order, int largestDigit) {
-  const std::size_t count = static_cast<std::size_t>(std::max(0, table.count));
-  taps.reserve(count);
-  for (std::size_t i = 0; i < count; ++i) taps.push_back(trimmed(table.contributions[i]));
+ByteWeightPlan::ByteWeightPlan(std::span<const QAVMMContribution> entries, Order order, int largestDigit) {
+  taps.reserve(entries.size());
+  for (const QAVMMContribution& entry : entries) taps.push_back(trimmed(entry));
   Planner(*this, digits_, order == Order::Fours, largestDigit).run();
 }
 

@@ -19,11 +19,11 @@ class BytePasses {
   using Sample = unsigned char;
 
   explicit BytePasses(const StripJob<Sample>& job) : channels_(job.channels) {
-    if (job.horizontal) {
-      horizontal_.emplace(*job.horizontal, ByteWeightPlan::Order::Fours, kernels_.largestDigit);
+    if (!job.horizontal.empty()) {
+      horizontal_.emplace(job.horizontal, ByteWeightPlan::Order::Fours, kernels_.largestDigit);
       scratch_.resize(kernels_.rowScratch(job.sourceWidth, horizontal_->weights));
     }
-    if (job.vertical) vertical_.emplace(*job.vertical, ByteWeightPlan::Order::Singles, kernels_.largestDigit);
+    if (!job.vertical.empty()) vertical_.emplace(job.vertical, ByteWeightPlan::Order::Singles, kernels_.largestDigit);
   }
 
   std::size_t rowsAtOnce() const { return kernels_.rowsAtOnce; }
@@ -53,7 +53,7 @@ class FloatPasses {
 
   explicit FloatPasses(const StripJob<Sample>& job)
       : channels_(job.channels), horizontal_(tapsOf(job.horizontal)), vertical_(tapsOf(job.vertical)) {
-    if (job.horizontal) scratch_.resize(kernels_.rowScratch(job.sourceWidth));
+    if (!job.horizontal.empty()) scratch_.resize(kernels_.rowScratch(job.sourceWidth));
   }
 
   std::size_t rowsAtOnce() const { return kernels_.rowsAtOnce; }
@@ -67,10 +67,10 @@ class FloatPasses {
   }
 
  private:
-  static std::vector<kernels::FloatTaps> tapsOf(const QAVMMWeightsTable* table) {
-    std::vector<kernels::FloatTaps> taps(table ? static_cast<std::size_t>(table->count) : 0);
+  static std::vector<kernels::FloatTaps> tapsOf(std::span<const QAVMMContribution> entries) {
+    std::vector<kernels::FloatTaps> taps(entries.size());
     for (std::size_t i = 0; i < taps.size(); ++i) {
-      const QAVMMContribution& entry = table->contributions[i];
+      const QAVMMContribution& entry = entries[i];
       if (entry.left <= entry.right) taps[i] = {entry.weights, entry.left, entry.right - entry.left + 1};
     }
     return taps;
@@ -208,9 +208,9 @@ void resampleRowsThenColumns(const StripJob<Sample>& job, Passes& passes) {
 template <class Passes, class Sample>
 void resample(const StripJob<Sample>& job) {
   Passes passes(job);
-  if (!job.vertical)
+  if (job.vertical.empty())
     resampleRowsOnly(job, passes);
-  else if (!job.horizontal)
+  else if (job.horizontal.empty())
     resampleColumnsOnly(job, passes);
   else if (job.verticalFirst)
     resampleColumnsThenRows(job, passes);
