@@ -1,6 +1,6 @@
 #pragma once
 
-#include "filters/AlignedArray.h"
+#include "kernels/AlignedArray.h"
 #include "filters/Progress.h"
 #include "formats/PixelSpan.h"
 #include "kernels/RowFilter.h"

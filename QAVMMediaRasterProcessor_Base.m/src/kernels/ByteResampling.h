@@ -1,5 +1,7 @@
 #pragma once
 
+#include "kernels/RowStretch.h"
+
 #include <cstddef>
 #include <cstdint>
 
@@ -28,7 +30,14 @@ struct ByteTaps {
 struct ByteWeights {
   int shift[3] = {};        ///< of each ByteSum
   std::uint32_t doubt = 0;  ///< a sum whose fraction, as 32 bits, is below this is too close to call
-  std::int32_t maxGroups = 0;
+};
+
+struct ByteRows {
+  const std::uint8_t* const* rows;
+  std::size_t count;   ///< 1 to rowsAtOnce
+  std::size_t pixels;  ///< of each row
+  int channels;        ///< 3 or 4
+  std::size_t ahead;   ///< bytes from these rows to those that will be asked for next; 0 when nothing is known of them
 };
 
 /// Weighted sums of bytes, rounded half up and limited to 0..255; every result as if taken in double in the order of
@@ -37,13 +46,12 @@ struct ByteResamplingKernels {
   std::size_t rowsAtOnce;
   /// The largest digit of ByteSum::OneDigit.
   int largestDigit;
-  /// Bytes of scratch memory that `rows` takes for rows of that many pixels.
-  std::size_t (*rowScratch)(std::size_t pixels, const ByteWeights& weights);
-  /// Resamples 1 to rowsAtOnce rows of `pixels` pixels of 3 or 4 channels to `count` pixels. Groups of taps begin at
-  /// multiples of four; positions are computed in fours, each four with one kind of sum.
-  void (*rows)(const std::uint8_t* const* in, std::size_t rowCount, std::size_t pixels, int channels,
-               const ByteTaps* taps, std::size_t count, const ByteWeights& weights, std::uint8_t* const* out,
-               std::uint8_t* scratch);
+  /// Scratch memory in bytes.
+  RowStretchShape stretches;
+  /// Resamples rows to the positions of at least one stretch. Groups of taps begin at multiples of four; positions are
+  /// computed in fours, each four with one kind of sum.
+  void (*rows)(const ByteRows& in, const ByteTaps* taps, const ByteWeights& weights, const RowStretch* stretches,
+               std::size_t stretchCount, std::uint8_t* const* out, std::uint8_t* scratch);
   /// One output row: the weighted sum of rows, of which there are as many as taps, and at least four for each group.
   void (*columns)(const std::uint8_t* const* rows, std::size_t samples, const ByteTaps& taps,
                   const ByteWeights& weights, std::uint8_t* out);

@@ -200,7 +200,6 @@ class Planner {
       if (taps.sum == ByteSum::Exact) continue;
       if (fours_) taps.firstGroup = taps.left / 4;
       taps.groups = ((fours_ ? taps.left % 4 : 0) + taps.count + 3) / 4;
-      plan_.weights.maxGroups = std::max(plan_.weights.maxGroups, taps.groups);
     }
   }
 

@@ -1,8 +1,10 @@
 #include "resampling/StripPasses.h"
 
+#include "kernels/AlignedArray.h"
 #include "kernels/ByteResampling.h"
 #include "kernels/FloatResampling.h"
 #include "resampling/ByteWeightPlan.h"
+#include "resampling/RowStretches.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -18,18 +20,20 @@ class BytePasses {
  public:
   using Sample = unsigned char;
 
-  explicit BytePasses(const StripJob<Sample>& job) : channels_(job.channels) {
-    if (!job.horizontal.empty()) {
-      horizontal_.emplace(job.horizontal, ByteWeightPlan::Order::Fours, kernels_.largestDigit);
-      scratch_.resize(kernels_.rowScratch(job.sourceWidth, horizontal_->weights));
-    }
-    if (!job.vertical.empty()) vertical_.emplace(job.vertical, ByteWeightPlan::Order::Singles, kernels_.largestDigit);
+  explicit BytePasses(const StripJob<Sample>& job) : pixels_(job.sourceWidth), channels_(job.channels) {
+    using Order = ByteWeightPlan::Order;
+    if (!job.vertical.empty()) vertical_.emplace(job.vertical, Order::Singles, kernels_.largestDigit);
+    if (job.horizontal.empty()) return;
+    horizontal_.emplace(job.horizontal, Order::Fours, kernels_.largestDigit);
+    stretches_ = rowStretches<kernels::ByteTaps>(horizontal_->taps, kernels_.stretches);
+    scratch_ = makeAlignedArray<std::uint8_t>(scratchFor(stretches_, kernels_.stretches));
   }
 
   std::size_t rowsAtOnce() const { return kernels_.rowsAtOnce; }
-  void resampleRows(const Sample* const* in, std::size_t count, std::size_t pixels, Sample* const* out) {
-    kernels_.rows(in, count, pixels, channels_, horizontal_->taps.data(), horizontal_->taps.size(),
-                  horizontal_->weights, out, scratch_.data());
+  // The rows that come next lie `ahead` samples further on.
+  void resampleRows(const Sample* const* in, std::size_t count, std::size_t ahead, Sample* const* out) {
+    kernels_.rows({in, count, pixels_, channels_, ahead}, horizontal_->taps.data(), horizontal_->weights,
+                  stretches_.data(), stretches_.size(), out, scratch_.get());
   }
   const kernels::ByteTaps& verticalTaps(std::size_t y) const { return vertical_->taps[y]; }
   static std::size_t rowsLookedAt(const kernels::ByteTaps& taps) {
@@ -41,10 +45,12 @@ class BytePasses {
 
  private:
   const kernels::ByteResamplingKernels& kernels_ = kernels::byteResamplingKernels();
+  std::size_t pixels_;
   int channels_;
   std::optional<ByteWeightPlan> horizontal_;
   std::optional<ByteWeightPlan> vertical_;
-  std::vector<std::uint8_t> scratch_;
+  std::vector<kernels::RowStretch> stretches_;
+  AlignedArray<std::uint8_t> scratch_;
 };
 
 class FloatPasses {
@@ -53,12 +59,14 @@ class FloatPasses {
 
   explicit FloatPasses(const StripJob<Sample>& job)
       : channels_(job.channels), horizontal_(tapsOf(job.horizontal)), vertical_(tapsOf(job.vertical)) {
-    if (!job.horizontal.empty()) scratch_.resize(kernels_.rowScratch(job.sourceWidth));
+    stretches_ = rowStretches<kernels::FloatTaps>(horizontal_, kernels_.stretches);
+    scratch_ = makeAlignedArray<double>(scratchFor(stretches_, kernels_.stretches));
   }
 
   std::size_t rowsAtOnce() const { return kernels_.rowsAtOnce; }
-  void resampleRows(const Sample* const* in, std::size_t count, std::size_t pixels, Sample* const* out) {
-    kernels_.rows(in, count, pixels, channels_, horizontal_.data(), horizontal_.size(), out, scratch_.data());
+  void resampleRows(const Sample* const* in, std::size_t count, std::size_t ahead, Sample* const* out) {
+    kernels_.rows({in, count, channels_, ahead}, horizontal_.data(), stretches_.data(), stretches_.size(), out,
+                  scratch_.get());
   }
   const kernels::FloatTaps& verticalTaps(std::size_t y) const { return vertical_[y]; }
   static std::size_t rowsLookedAt(const kernels::FloatTaps& taps) { return static_cast<std::size_t>(taps.count); }
@@ -80,7 +88,8 @@ class FloatPasses {
   int channels_;
   std::vector<kernels::FloatTaps> horizontal_;
   std::vector<kernels::FloatTaps> vertical_;
-  std::vector<double> scratch_;
+  std::vector<kernels::RowStretch> stretches_;
+  AlignedArray<double> scratch_;
 };
 
 // Addresses of rows, for one output row of the vertical pass after another.
@@ -128,12 +137,25 @@ std::size_t targetStride(const StripJob<Sample>& job) {
   return job.width * static_cast<std::size_t>(job.channels);
 }
 
+// From a strip of source rows to the next one, where that is whole.
+template <class Sample>
+std::size_t distanceToNext(const StripJob<Sample>& job, std::size_t first, std::size_t count) {
+  return job.sourceHeight - first >= 2 * count ? count * sourceStride(job) : 0;
+}
+
+// Samples from row to row of memory of our own, so that all rows begin at the start of a cache line.
+template <class Sample>
+std::size_t alignedStride(std::size_t samples) {
+  constexpr std::size_t kLine = 64 / sizeof(Sample);
+  return (samples + kLine - 1) / kLine * kLine;
+}
+
 template <class Passes, class Sample>
 void resampleRowsOnly(const StripJob<Sample>& job, Passes& passes) {
   inStrips(job.height, passes.rowsAtOnce(), [&](std::size_t first, std::size_t count) {
     const auto in = addresses(job.source + first * sourceStride(job), sourceStride(job), count);
     const auto out = addresses(job.target + first * targetStride(job), targetStride(job), count);
-    passes.resampleRows(in.data(), count, job.sourceWidth, out.data());
+    passes.resampleRows(in.data(), count, distanceToNext(job, first, count), out.data());
   });
 }
 
@@ -148,14 +170,15 @@ void resampleColumnsOnly(const StripJob<Sample>& job, Passes& passes) {
 template <class Passes, class Sample>
 void resampleColumnsThenRows(const StripJob<Sample>& job, Passes& passes) {
   ColumnPass<Passes> columns(passes);
-  std::vector<Sample> strip(passes.rowsAtOnce() * sourceStride(job));
+  const std::size_t stride = alignedStride<Sample>(sourceStride(job));
+  const AlignedArray<Sample> strip = makeAlignedArray<Sample>(passes.rowsAtOnce() * stride);
   inStrips(job.height, passes.rowsAtOnce(), [&](std::size_t first, std::size_t count) {
-    const auto between = addresses(strip.data(), sourceStride(job), count);
+    const auto between = addresses(strip.get(), stride, count);
     for (std::size_t r = 0; r < count; ++r)
       columns.run(first + r, sourceStride(job), between[r],
                   [&](std::size_t row) { return job.source + row * sourceStride(job); });
     const auto out = addresses(job.target + first * targetStride(job), targetStride(job), count);
-    passes.resampleRows(between.data(), count, job.sourceWidth, out.data());
+    passes.resampleRows(between.data(), count, 0, out.data());
   });
 }
 
@@ -187,9 +210,9 @@ void resampleRowsThenColumns(const StripJob<Sample>& job, Passes& passes) {
   ColumnPass<Passes> columns(passes);
   const RowNeeds needs(passes, job.height);
   // Row r of the intermediate image stands in slot r % slots until no output row needs it any more.
-  const std::size_t slots = needs.most + passes.rowsAtOnce(), stride = targetStride(job);
-  std::vector<Sample> ring(slots * stride);
-  const auto slotOf = [&](std::size_t row) { return ring.data() + row % slots * stride; };
+  const std::size_t slots = needs.most + passes.rowsAtOnce(), stride = alignedStride<Sample>(targetStride(job));
+  const AlignedArray<Sample> ring = makeAlignedArray<Sample>(slots * stride);
+  const auto slotOf = [&](std::size_t row) { return ring.get() + row % slots * stride; };
   std::size_t done = 0;
   for (std::size_t y = 0; y < job.height; ++y) {
     done = std::max(done, std::min(needs.from[y], needs.upTo[y]));
@@ -198,10 +221,10 @@ void resampleRowsThenColumns(const StripJob<Sample>& job, Passes& passes) {
       const auto in = addresses(job.source + done * sourceStride(job), sourceStride(job), count);
       std::vector<Sample*> out(count);
       for (std::size_t r = 0; r < count; ++r) out[r] = slotOf(done + r);
-      passes.resampleRows(in.data(), count, job.sourceWidth, out.data());
+      passes.resampleRows(in.data(), count, distanceToNext(job, done, count), out.data());
       done += count;
     }
-    columns.run(y, stride, job.target + y * stride, slotOf);
+    columns.run(y, targetStride(job), job.target + y * targetStride(job), slotOf);
   }
 }
 

@@ -282,17 +282,14 @@ void columns(const std::uint8_t* const* rows, std::size_t samples, const ByteTap
 
 // A row pass works on as many rows as two vectors have 128-bit lanes, so that a weight is read once for both. They are
 // first brought into groups of four pixels: in each lane of a group four reds, four greens, four blues and four alphas
-// of one row. A group of the first rows stands beside that of the others.
+// of one row. A group of the first rows stands beside that of the others. This is done for as many results as look at a
+// span that a third of the first-level cache holds.
 constexpr std::size_t kRowsOfVector = kVectorBytes / 16;
 constexpr std::size_t kRows = 2 * kRowsOfVector;
 constexpr std::size_t kGroupBytes = 2 * kVectorBytes;
 constexpr std::size_t kBlock = 4;
 
-std::size_t groupsOf(std::size_t pixels) { return (pixels + 3) / 4; }
-
-std::size_t rowScratch(std::size_t pixels, const ByteWeights& weights) {
-  return (groupsOf(pixels) + static_cast<std::size_t>(weights.maxGroups) + 1) * kGroupBytes;
-}
+constexpr RowStretchShape kShape = {kBlock, 4, 16384 / kGroupBytes, kGroupBytes};
 
 [[gnu::always_inline]] inline U8 fromLanes(const __m128i (&lanes)[kRowsOfVector]) {
 #if QAV_KERNEL_LEVEL >= 2
@@ -312,37 +309,54 @@ std::size_t rowScratch(std::size_t pixels, const ByteWeights& weights) {
 #endif
 }
 
+// Meanwhile the same pixels of the rows `ahead` bytes further on are called into the cache.
 template <int kChannels>
-void gatherGroups(const std::uint8_t* const* in, std::size_t pixels, std::size_t padding, std::uint8_t* groups) {
+void gatherGroups(const std::uint8_t* const* in, std::size_t pixels, const RowStretch& stretch, std::size_t ahead,
+                  std::uint8_t* groups) {
   const __m128i order = kChannels == 4 ? _mm_setr_epi8(0, 4, 8, 12, 1, 5, 9, 13, 2, 6, 10, 14, 3, 7, 11, 15)
                                        : _mm_setr_epi8(0, 3, 6, 9, 1, 4, 7, 10, 2, 5, 8, 11, -1, -1, -1, -1);
   const std::size_t bytes = pixels * kChannels;
-  std::size_t at = 0;
   const auto gather = [&](auto loadLane) {
     for (std::size_t first = 0; first < kRows; first += kRowsOfVector, groups += kVectorBytes) {
       __m128i lanes[kRowsOfVector];
-      for (std::size_t r = 0; r < kRowsOfVector; ++r) lanes[r] = loadLane(in[first + r] + at);
+      for (std::size_t r = 0; r < kRowsOfVector; ++r) lanes[r] = loadLane(in[first + r]);
       store(groups, shuffleLanes(fromLanes(lanes), order));
     }
-    at += 4 * kChannels;
   };
-  while (at + 16 <= bytes)
-    gather([](const std::uint8_t* from) { return _mm_loadu_si128(reinterpret_cast<const __m128i*>(from)); });
-  while (at < bytes)
-    gather([&](const std::uint8_t* from) {
-      __m128i lane = _mm_setzero_si128();
-      std::memcpy(&lane, from, bytes - at < 16 ? bytes - at : 16);
-      return lane;
-    });
-  std::memset(groups, 0, padding * kGroupBytes);
+  for (std::size_t g = stretch.source; g < stretch.source + stretch.length; ++g) {
+    const std::size_t at = g * 4 * kChannels;
+    // Four groups are at most a cache line.
+    for (std::size_t r = g % 4; r < kRows; r += 4)
+      _mm_prefetch(reinterpret_cast<const char*>(in[r] + at + ahead), _MM_HINT_T1);
+    if (at + 16 <= bytes)
+      gather([=](const std::uint8_t* row) { return _mm_loadu_si128(reinterpret_cast<const __m128i*>(row + at)); });
+    else
+      gather([=](const std::uint8_t* row) {
+        __m128i lane = _mm_setzero_si128();
+        std::memcpy(&lane, row + at, bytes - at);
+        return lane;
+      });
+  }
 }
 
+// Gathered groups: `first` is the number of the one that stands at `bytes`.
+struct Groups {
+  const std::uint8_t* bytes;
+  std::int32_t first;
+
+  [[gnu::always_inline]] const std::uint8_t* at(std::int32_t group) const {
+    return bytes + static_cast<std::ptrdiff_t>(group - first) * static_cast<std::ptrdiff_t>(kGroupBytes);
+  }
+  // Those of the second half of the rows.
+  [[gnu::always_inline]] Groups ofSecondRows() const { return {bytes + kVectorBytes, first}; }
+};
+
 // One pixel of the rows of a vector, four channels each.
-[[gnu::always_inline]] inline __m128i exactPixel(const std::uint8_t* groups, const ByteTaps& taps) {
+[[gnu::always_inline]] inline __m128i exactPixel(const Groups& groups, const ByteTaps& taps) {
   F64 low{}, high{};
   for (std::int32_t t = 0; t < taps.count; ++t) {
     const std::int32_t j = taps.left + t;
-    const U32 group = load<U32>(groups + static_cast<std::size_t>(j / 4) * kGroupBytes);
+    const U32 group = load<U32>(groups.at(j / 4));
     addExactly(low, high, (I32)(group >> (8 * (j % 4)) & 255u), splat<F64>(taps.weights[t]));
   }
   return roundedBytes(low, high);
@@ -363,7 +377,7 @@ void gatherGroups(const std::uint8_t* const* in, std::size_t pixels, std::size_t
 }
 
 // Decides the pixels of a four that `which` names; in each lane of `block` are the four pixels of one row.
-[[gnu::noinline]] U8 exactBlock(U8 block, const std::uint8_t* groups, const ByteTaps* taps, std::size_t count,
+[[gnu::noinline]] U8 exactBlock(U8 block, const Groups& groups, const ByteTaps* taps, std::size_t count,
                                 unsigned which) {
   for (std::size_t p = 0; p < count; ++p)
     if (which >> p & 1u) block = withPixels(block, p, exactPixel(groups, taps[p]));
@@ -375,9 +389,8 @@ template <int kDigits>
 struct PixelSum {
   Sum<kDigits> first, second;
 
-  [[gnu::always_inline]] PixelSum(const std::uint8_t* groups, const ByteTaps& taps)
-      : first(taps.bias), second(taps.bias) {
-    const std::uint8_t* from = groups + static_cast<std::size_t>(taps.firstGroup) * kGroupBytes;
+  [[gnu::always_inline]] PixelSum(const Groups& groups, const ByteTaps& taps) : first(taps.bias), second(taps.bias) {
+    const std::uint8_t* from = taps.groups > 0 ? groups.at(taps.firstGroup) : groups.bytes;
     const std::int32_t* digits = taps.digits;
     for (std::int32_t g = 0; g < taps.groups; ++g, from += kGroupBytes, digits += kDigits) {
       U8 bytes = load<U8>(from), others = load<U8>(from + kVectorBytes);
@@ -395,7 +408,7 @@ struct Block {
   U8 first, second;
 };
 
-[[gnu::always_inline]] inline U8 decidedBlock(const Rounded& rounded, const std::uint8_t* groups, const ByteTaps* taps,
+[[gnu::always_inline]] inline U8 decidedBlock(const Rounded& rounded, const Groups& groups, const ByteTaps* taps,
                                               std::size_t count) {
   if (rounded.doubtful) [[unlikely]]
     return exactBlock(rounded.bytes, groups, taps, count, rounded.doubtfulSums);
@@ -403,7 +416,7 @@ struct Block {
 }
 
 template <int kDigits>
-[[gnu::always_inline]] inline Block integerBlock(const std::uint8_t* groups, const ByteTaps* taps, std::size_t count,
+[[gnu::always_inline]] inline Block integerBlock(const Groups& groups, const ByteTaps* taps, std::size_t count,
                                                  const ByteWeights& weights) {
   const PixelSum<kDigits> s0(groups, taps[0]);
   const PixelSum<kDigits> s1(groups, taps[count > 1 ? 1 : 0]);
@@ -411,11 +424,11 @@ template <int kDigits>
   const PixelSum<kDigits> s3(groups, taps[count > 3 ? 3 : 0]);
   const Rounded first = roundedSums(s0.first, s1.first, s2.first, s3.first, weights);
   const Rounded second = roundedSums(s0.second, s1.second, s2.second, s3.second, weights);
-  return {decidedBlock(first, groups, taps, count), decidedBlock(second, groups + kVectorBytes, taps, count)};
+  return {decidedBlock(first, groups, taps, count), decidedBlock(second, groups.ofSecondRows(), taps, count)};
 }
 
-[[gnu::noinline]] Block exactBlocks(const std::uint8_t* groups, const ByteTaps* taps, std::size_t count) {
-  return {exactBlock(U8{}, groups, taps, count, 15), exactBlock(U8{}, groups + kVectorBytes, taps, count, 15)};
+[[gnu::noinline]] Block exactBlocks(const Groups& groups, const ByteTaps* taps, std::size_t count) {
+  return {exactBlock(U8{}, groups, taps, count, 15), exactBlock(U8{}, groups.ofSecondRows(), taps, count, 15)};
 }
 
 template <int kLane>
@@ -449,61 +462,66 @@ template <int kChannels>
 }
 
 template <int kChannels>
-void rowsOf(const std::uint8_t* groups, const ByteTaps* taps, std::size_t count, const ByteWeights& weights,
-            std::size_t rowCount, std::uint8_t* const* out) {
-  for (std::size_t x = 0; x < count; x += kBlock) {
-    const std::size_t here = count - x < kBlock ? count - x : kBlock;
-    const Block block = taps[x].sum == ByteSum::ThreeDigits ? integerBlock<3>(groups, taps + x, here, weights)
-                        : taps[x].sum == ByteSum::OneDigit  ? integerBlock<1>(groups, taps + x, here, weights)
-                                                            : exactBlocks(groups, taps + x, here);
-    storeBlock<kChannels>(block.first, x, count, rowCount, out);
-    if (rowCount > kRowsOfVector)
-      storeBlock<kChannels>(block.second, x, count, rowCount - kRowsOfVector, out + kRowsOfVector);
-  }
+[[gnu::always_inline]] inline void resampleFour(const Groups& groups, const ByteTaps* taps, std::size_t x,
+                                                std::size_t count, const ByteWeights& weights, std::size_t rowCount,
+                                                std::uint8_t* const* out) {
+  const std::size_t here = count - x < kBlock ? count - x : kBlock;
+  const Block block = taps[x].sum == ByteSum::ThreeDigits ? integerBlock<3>(groups, taps + x, here, weights)
+                      : taps[x].sum == ByteSum::OneDigit  ? integerBlock<1>(groups, taps + x, here, weights)
+                                                          : exactBlocks(groups, taps + x, here);
+  storeBlock<kChannels>(block.first, x, count, rowCount, out);
+  if (rowCount > kRowsOfVector)
+    storeBlock<kChannels>(block.second, x, count, rowCount - kRowsOfVector, out + kRowsOfVector);
 }
 
-void rows(const std::uint8_t* const* in, std::size_t rowCount, std::size_t pixels, int channels, const ByteTaps* taps,
-          std::size_t count, const ByteWeights& weights, std::uint8_t* const* out, std::uint8_t* scratch) {
+template <int kChannels>
+void rowsOf(const ByteRows& in, const ByteTaps* taps, const ByteWeights& weights, const RowStretch* stretches,
+            std::size_t stretchCount, std::uint8_t* const* out, std::uint8_t* scratch) {
+  const std::size_t count = stretches[stretchCount - 1].end;
   const std::uint8_t* sources[kRows];
-  for (std::size_t r = 0; r < kRows; ++r) sources[r] = in[r < rowCount ? r : 0];
-  const auto padding = static_cast<std::size_t>(weights.maxGroups) + 1;
-  if (channels == 4) {
-    gatherGroups<4>(sources, pixels, padding, scratch);
-    rowsOf<4>(scratch, taps, count, weights, rowCount, out);
-  } else {
-    gatherGroups<3>(sources, pixels, padding, scratch);
-    rowsOf<3>(scratch, taps, count, weights, rowCount, out);
+  for (std::size_t r = 0; r < kRows; ++r) sources[r] = in.rows[r < in.count ? r : 0];
+  for (std::size_t s = 0; s < stretchCount; ++s) {
+    const RowStretch& stretch = stretches[s];
+    gatherGroups<kChannels>(sources, in.pixels, stretch, in.ahead, scratch);
+    const Groups groups = {scratch, static_cast<std::int32_t>(stretch.source)};
+    for (std::size_t x = stretch.first; x < stretch.end; x += kBlock)
+      resampleFour<kChannels>(groups, taps, x, count, weights, in.count, out);
   }
 }
 
 #else
 
 constexpr std::size_t kRows = 1;
+constexpr RowStretchShape kShape = {1, 1, 1, 0};
 
-std::size_t rowScratch(std::size_t, const ByteWeights&) { return 0; }
-
-void rows(const std::uint8_t* const* in, std::size_t rowCount, std::size_t, int channels, const ByteTaps* taps,
-          std::size_t count, const ByteWeights&, std::uint8_t* const* out, std::uint8_t*) {
-  const auto step = static_cast<std::size_t>(channels);
-  for (std::size_t r = 0; r < rowCount; ++r) {
-    for (std::size_t x = 0; x < count; ++x) {
-      double sums[4] = {};
-      const std::uint8_t* from = in[r] + static_cast<std::size_t>(taps[x].left) * step;
-      for (std::int32_t t = 0; t < taps[x].count; ++t, from += step)
-        for (std::size_t c = 0; c < step; ++c) sums[c] += static_cast<double>(from[c]) * taps[x].weights[t];
-      std::uint8_t rounded[4];
-      storeRounded(rounded, F64{sums[0], sums[1]});
-      storeRounded(rounded + 2, F64{sums[2], sums[3]});
-      std::memcpy(out[r] + x * step, rounded, step);
-    }
+template <int kChannels>
+void rowsOf(const ByteRows& in, const ByteTaps* taps, const ByteWeights&, const RowStretch* stretches,
+            std::size_t stretchCount, std::uint8_t* const* out, std::uint8_t*) {
+  for (std::size_t x = 0; x < stretches[stretchCount - 1].end; ++x) {
+    double sums[4] = {};
+    const std::uint8_t* from = in.rows[0] + static_cast<std::size_t>(taps[x].left) * kChannels;
+    for (std::int32_t t = 0; t < taps[x].count; ++t, from += kChannels)
+      for (std::size_t c = 0; c < kChannels; ++c) sums[c] += static_cast<double>(from[c]) * taps[x].weights[t];
+    std::uint8_t rounded[4];
+    storeRounded(rounded, F64{sums[0], sums[1]});
+    storeRounded(rounded + 2, F64{sums[2], sums[3]});
+    std::memcpy(out[0] + x * kChannels, rounded, kChannels);
   }
 }
 
 #endif
 
+void rows(const ByteRows& in, const ByteTaps* taps, const ByteWeights& weights, const RowStretch* stretches,
+          std::size_t stretchCount, std::uint8_t* const* out, std::uint8_t* scratch) {
+  if (in.channels == 4)
+    rowsOf<4>(in, taps, weights, stretches, stretchCount, out, scratch);
+  else
+    rowsOf<3>(in, taps, weights, stretches, stretchCount, out, scratch);
+}
+
 }  // namespace
 
 extern const ByteResamplingKernels byteResampling;
-const ByteResamplingKernels byteResampling = {kRows, QAV_KERNEL_LEVEL >= 3 ? 127 : 64, &rowScratch, &rows, &columns};
+const ByteResamplingKernels byteResampling = {kRows, QAV_KERNEL_LEVEL >= 3 ? 127 : 64, kShape, &rows, &columns};
 
 #include "RegionEnd.h"
