@@ -8,7 +8,7 @@
 namespace qav::kernels {
 
 /// How the sum of one output position is taken. The first two take it in integers: a weight is a number of quanta of
-/// 2^-shift, written in signed digits of base 128, and every digit is multiplied with four samples at once.
+/// 2^-shift, written in signed digits, and every digit is multiplied with four samples at once.
 enum class ByteSum : std::int32_t {
   Exact,        ///< in double, as it is defined
   OneDigit,     ///< the quanta are the weights exactly, and small: the integer sum is the result
@@ -37,15 +37,14 @@ struct ByteRows {
   std::size_t count;   ///< 1 to rowsAtOnce
   std::size_t pixels;  ///< of each row
   int channels;        ///< 3 or 4
-  std::size_t ahead;   ///< bytes from these rows to those that will be asked for next; 0 when nothing is known of them
 };
 
 /// Weighted sums of bytes, rounded half up and limited to 0..255; every result as if taken in double in the order of
 /// the taps.
 struct ByteResamplingKernels {
   std::size_t rowsAtOnce;
-  /// The largest digit of ByteSum::OneDigit.
-  int largestDigit;
+  /// Weights are written in digits of so many bits, the first of them no larger than a number of that size with a sign.
+  int digitBits;
   /// Scratch memory in bytes.
   RowStretchShape stretches;
   /// Resamples rows to the positions of at least one stretch. Groups of taps begin at multiples of four; positions are

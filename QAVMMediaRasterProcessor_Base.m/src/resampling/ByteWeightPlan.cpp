@@ -32,8 +32,6 @@ constexpr int kLargestShift = 22;
 constexpr int kSmallestShift = 12;
 constexpr int kMaxTaps = 4096;
 constexpr double kMaxSumOfMagnitudes = 16.0;
-// Three digits of base 128, the first of them at most 64.
-constexpr double kMaxQuanta = 64.0 * 128.0 * 128.0;
 
 // Zero weights at either end add nothing to a sum of bytes.
 ByteTaps trimmed(const QAVMMContribution& entry) {
@@ -120,8 +118,8 @@ Quantised quantise(const ByteTaps& taps, const Summary& summary, int shift) {
 
 class Planner {
  public:
-  Planner(ByteWeightPlan& plan, std::vector<std::int32_t>& digits, bool fours, int largestDigit)
-      : plan_(plan), digits_(digits), fours_(fours), largestDigit_(largestDigit) {}
+  Planner(ByteWeightPlan& plan, std::vector<std::int32_t>& digits, bool fours, int digitBits)
+      : plan_(plan), digits_(digits), fours_(fours), digitBits_(digitBits) {}
 
   void run() {
     summarise();
@@ -134,6 +132,10 @@ class Planner {
 
  private:
   int shiftOf(ByteSum sum) const { return plan_.weights.shift[static_cast<int>(sum)]; }
+
+  // Products of two bytes and digits of 7 bits, at most 64 in magnitude, fit 16 bits.
+  double largestDigit() const { return digitBits_ == 8 ? 127.0 : 64.0; }
+  double largestQuanta() const { return largestDigit() * powerOfTwo(2 * digitBits_); }
 
   void summarise() {
     summaries_.reserve(plan_.taps.size());
@@ -150,7 +152,7 @@ class Planner {
       if (fitsOneDigit(summary, summary.shiftToIntegers)) exactShift = std::max(exactShift, summary.shiftToIntegers);
     }
     int shift = kLargestShift;
-    while (shift > kSmallestShift && (largest * powerOfTwo(shift) > kMaxQuanta ||
+    while (shift > kSmallestShift && (largest * powerOfTwo(shift) > largestQuanta() ||
                                       (255.0 * sum + 2.0) * powerOfTwo(shift) + 255.0 * kMaxTaps > 2147483647.0))
       --shift;
     plan_.weights.shift[static_cast<int>(ByteSum::OneDigit)] = std::max(1, exactShift);
@@ -159,7 +161,7 @@ class Planner {
 
   bool fitsOneDigit(const Summary& summary, int shift) const {
     return summary.shiftToIntegers <= std::min(shift, kLargestShift) &&
-           summary.largest * powerOfTwo(shift) <= largestDigit_;
+           summary.largest * powerOfTwo(shift) <= largestDigit();
   }
 
   void quantiseAll() {
@@ -169,7 +171,7 @@ class Planner {
     for (std::size_t i = 0; i < plan_.taps.size(); ++i) {
       const Summary& summary = summaries_[i];
       ByteTaps& taps = plan_.taps[i];
-      if (!summary.ordinary || summary.largest * powerOfTwo(three) > kMaxQuanta) continue;
+      if (!summary.ordinary || summary.largest * powerOfTwo(three) > largestQuanta()) continue;
       quantised[i] = quantise(taps, summary, three);
       // More doubt than this would not be worth while.
       if (quantised[i].error > powerOfTwo(three - 8)) continue;
@@ -236,27 +238,27 @@ class Planner {
     }
   }
 
-  // The lowest digit of base 128, -64 to 63.
-  static std::int8_t takeDigit(std::int32_t& quanta) {
-    const std::int32_t digit = ((quanta + 64) & 127) - 64;
-    quanta = (quanta - digit) >> 7;
+  // Splits off the lowest digit, which lies around 0.
+  std::int8_t takeDigit(std::int32_t& quanta) const {
+    const std::int32_t base = 1 << digitBits_, digit = ((quanta + base / 2) & (base - 1)) - base / 2;
+    quanta = (quanta - digit) >> digitBits_;
     return static_cast<std::int8_t>(digit);
   }
 
   ByteWeightPlan& plan_;
   std::vector<std::int32_t>& digits_;
   bool fours_;
-  int largestDigit_;
+  int digitBits_;
   std::vector<Summary> summaries_;
   std::int32_t bound_ = 1;
 };
 
 }  // namespace
 
-ByteWeightPlan::ByteWeightPlan(std::span<const QAVMMContribution> entries, Order order, int largestDigit) {
+ByteWeightPlan::ByteWeightPlan(std::span<const QAVMMContribution> entries, Order order, int digitBits) {
   taps.reserve(entries.size());
   for (const QAVMMContribution& entry : entries) taps.push_back(trimmed(entry));
-  Planner(*this, digits_, order == Order::Fours, largestDigit).run();
+  Planner(*this, digits_, order == Order::Fours, digitBits).run();
 }
 
 }  // namespace qav

@@ -17,7 +17,7 @@ struct ByteWeightPlan {
   /// Fours: positions are for the kernel of rows, which takes them four at a time.
   enum class Order { Fours, Singles };
 
-  ByteWeightPlan(std::span<const QAVMMContribution> entries, Order order, int largestDigit);
+  ByteWeightPlan(std::span<const QAVMMContribution> entries, Order order, int digitBits);
 
   std::vector<kernels::ByteTaps> taps;
   kernels::ByteWeights weights;

@@ -22,18 +22,17 @@ class BytePasses {
 
   explicit BytePasses(const StripJob<Sample>& job) : pixels_(job.sourceWidth), channels_(job.channels) {
     using Order = ByteWeightPlan::Order;
-    if (!job.vertical.empty()) vertical_.emplace(job.vertical, Order::Singles, kernels_.largestDigit);
+    if (!job.vertical.empty()) vertical_.emplace(job.vertical, Order::Singles, kernels_.digitBits);
     if (job.horizontal.empty()) return;
-    horizontal_.emplace(job.horizontal, Order::Fours, kernels_.largestDigit);
+    horizontal_.emplace(job.horizontal, Order::Fours, kernels_.digitBits);
     stretches_ = rowStretches<kernels::ByteTaps>(horizontal_->taps, kernels_.stretches);
     scratch_ = makeAlignedArray<std::uint8_t>(scratchFor(stretches_, kernels_.stretches));
   }
 
   std::size_t rowsAtOnce() const { return kernels_.rowsAtOnce; }
-  // The rows that come next lie `ahead` samples further on.
-  void resampleRows(const Sample* const* in, std::size_t count, std::size_t ahead, Sample* const* out) {
-    kernels_.rows({in, count, pixels_, channels_, ahead}, horizontal_->taps.data(), horizontal_->weights,
-                  stretches_.data(), stretches_.size(), out, scratch_.get());
+  void resampleRows(const Sample* const* in, std::size_t count, std::size_t, Sample* const* out) {
+    kernels_.rows({in, count, pixels_, channels_}, horizontal_->taps.data(), horizontal_->weights, stretches_.data(),
+                  stretches_.size(), out, scratch_.get());
   }
   const kernels::ByteTaps& verticalTaps(std::size_t y) const { return vertical_->taps[y]; }
   static std::size_t rowsLookedAt(const kernels::ByteTaps& taps) {
@@ -64,6 +63,7 @@ class FloatPasses {
   }
 
   std::size_t rowsAtOnce() const { return kernels_.rowsAtOnce; }
+  // The rows that come next lie `ahead` samples further on.
   void resampleRows(const Sample* const* in, std::size_t count, std::size_t ahead, Sample* const* out) {
     kernels_.rows({in, count, channels_, ahead}, horizontal_.data(), stretches_.data(), stretches_.size(), out,
                   scratch_.get());

@@ -65,8 +65,11 @@ template <std::size_t kCount>
 
 #if QAV_KERNEL_LEVEL >= 1
 
-// Adds to every lane of `sum` the products of its four bytes and the four signed digits of `digits`, each at most
-// 64 in magnitude (127 where one instruction does it all).
+// The bits of a digit of a weight. Where the products of two bytes are summed in 16 bits on the way, digits of more
+// than 7 bits would overflow.
+constexpr int kDigitBits = QAV_KERNEL_LEVEL >= 3 ? 8 : 7;
+
+// Adds to every lane of `sum` the products of its four bytes and the four signed digits of `digits`.
 [[gnu::always_inline]] inline I32 addProducts(I32 sum, U8 bytes, std::int32_t digits) {
 #if QAV_KERNEL_LEVEL >= 3
   return (I32)_mm512_dpbusd_epi32((__m512i)sum, (__m512i)bytes, _mm512_set1_epi32(digits));
@@ -147,7 +150,9 @@ struct Sum {
     }
     low = addProducts(low, bytes, digits[kDigits - 1]);
   }
-  [[gnu::always_inline]] I32 total() const { return kDigits == 3 ? (((high << 7) + middle) << 7) + low : low; }
+  [[gnu::always_inline]] I32 total() const {
+    return kDigits == 3 ? (((high << kDigitBits) + middle) << kDigitBits) + low : low;
+  }
 };
 
 // Rounded results of four sums; the lanes in which one of them is too close to call, which of the four are so, and
@@ -309,10 +314,8 @@ constexpr RowStretchShape kShape = {kBlock, 4, 16384 / kGroupBytes, kGroupBytes}
 #endif
 }
 
-// Meanwhile the same pixels of the rows `ahead` bytes further on are called into the cache.
 template <int kChannels>
-void gatherGroups(const std::uint8_t* const* in, std::size_t pixels, const RowStretch& stretch, std::size_t ahead,
-                  std::uint8_t* groups) {
+void gatherGroups(const std::uint8_t* const* in, std::size_t pixels, const RowStretch& stretch, std::uint8_t* groups) {
   const __m128i order = kChannels == 4 ? _mm_setr_epi8(0, 4, 8, 12, 1, 5, 9, 13, 2, 6, 10, 14, 3, 7, 11, 15)
                                        : _mm_setr_epi8(0, 3, 6, 9, 1, 4, 7, 10, 2, 5, 8, 11, -1, -1, -1, -1);
   const std::size_t bytes = pixels * kChannels;
@@ -325,9 +328,6 @@ void gatherGroups(const std::uint8_t* const* in, std::size_t pixels, const RowSt
   };
   for (std::size_t g = stretch.source; g < stretch.source + stretch.length; ++g) {
     const std::size_t at = g * 4 * kChannels;
-    // Four groups are at most a cache line.
-    for (std::size_t r = g % 4; r < kRows; r += 4)
-      _mm_prefetch(reinterpret_cast<const char*>(in[r] + at + ahead), _MM_HINT_T1);
     if (at + 16 <= bytes)
       gather([=](const std::uint8_t* row) { return _mm_loadu_si128(reinterpret_cast<const __m128i*>(row + at)); });
     else
@@ -482,7 +482,7 @@ void rowsOf(const ByteRows& in, const ByteTaps* taps, const ByteWeights& weights
   for (std::size_t r = 0; r < kRows; ++r) sources[r] = in.rows[r < in.count ? r : 0];
   for (std::size_t s = 0; s < stretchCount; ++s) {
     const RowStretch& stretch = stretches[s];
-    gatherGroups<kChannels>(sources, in.pixels, stretch, in.ahead, scratch);
+    gatherGroups<kChannels>(sources, in.pixels, stretch, scratch);
     const Groups groups = {scratch, static_cast<std::int32_t>(stretch.source)};
     for (std::size_t x = stretch.first; x < stretch.end; x += kBlock)
       resampleFour<kChannels>(groups, taps, x, count, weights, in.count, out);
@@ -491,6 +491,7 @@ void rowsOf(const ByteRows& in, const ByteTaps* taps, const ByteWeights& weights
 
 #else
 
+constexpr int kDigitBits = 7;
 constexpr std::size_t kRows = 1;
 constexpr RowStretchShape kShape = {1, 1, 1, 0};
 
@@ -522,6 +523,6 @@ void rows(const ByteRows& in, const ByteTaps* taps, const ByteWeights& weights, 
 }  // namespace
 
 extern const ByteResamplingKernels byteResampling;
-const ByteResamplingKernels byteResampling = {kRows, QAV_KERNEL_LEVEL >= 3 ? 127 : 64, kShape, &rows, &columns};
+const ByteResamplingKernels byteResampling = {kRows, kDigitBits, kShape, &rows, &columns};
 
 #include "RegionEnd.h"
