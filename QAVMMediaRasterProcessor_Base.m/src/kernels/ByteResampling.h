@@ -7,12 +7,15 @@
 
 namespace qav::kernels {
 
-/// How the sum of one output position is taken. The first two take it in integers: a weight is a number of quanta of
-/// 2^-shift, written in signed digits, and every digit is multiplied with four samples at once.
+/// How the sum of one output position is taken; the values are numbers of digits that a weight is written in. Every
+/// digit is multiplied with four samples at once.
 enum class ByteSum : std::int32_t {
-  Exact,        ///< in double, as it is defined
-  OneDigit,     ///< the quanta are the weights exactly, and small: the integer sum is the result
-  ThreeDigits,  ///< the integer sum is within a bound of the true one; where it is too close to call, Exact decides
+  Exact = 0,    ///< in double, as it is defined
+  OneDigit,     ///< weights are small whole numbers of quanta of 2^-shift: the integer sum is the result
+  Ratio,        ///< weights are whole numbers of parts of one and a tiny excess, which decides exact halves; where the
+                ///< sum of excesses is too small for that, Exact does
+  ThreeDigits,  ///< weights are nearly whole numbers of quanta of 2^-shift: the integer sum is within a bound of the
+                ///< true one; where it is too close to call, Exact decides
 };
 
 /// The weights of one output position: weights[k] belongs to source position left + k.
@@ -21,15 +24,20 @@ struct ByteTaps {
   std::int32_t left = 0;
   std::int32_t count = 0;  ///< none for 0: the result is 0
   ByteSum sum = ByteSum::Exact;
-  std::int32_t bias = 0;        ///< starts the sum of quanta: a half, what centres the error, and the bound on it
-  std::int32_t firstGroup = 0;  ///< the first of the groups of four source positions that `digits` counts from
+  std::int32_t bias = 0;         ///< starts the sum: a half, in quanta also what centres the error and the bound on it
+  std::int32_t excessBias = 0;   ///< of a Ratio: starts the sum of excesses
+  std::int32_t excessBound = 0;  ///< of a Ratio: a sum of excesses within it, either way, does not decide
+  std::int32_t firstGroup = 0;   ///< the first of the groups of four source positions that `digits` counts from
   std::int32_t groups = 0;
-  const std::int32_t* digits = nullptr;  ///< for each group, one or three times the digits of four taps
+  const std::int32_t* digits = nullptr;  ///< for each group, the digits of four taps, the highest digits first
 };
 
 struct ByteWeights {
-  int shift[3] = {};        ///< of each ByteSum
-  std::uint32_t doubt = 0;  ///< a sum whose fraction, as 32 bits, is below this is too close to call
+  int shift[4] = {};            ///< of each ByteSum
+  std::uint32_t doubt = 0;      ///< a sum whose fraction, as 32 bits, is below this is too close to call
+  std::int32_t divisor = 0;     ///< of a Ratio: two times the parts
+  std::int32_t reciprocal = 0;  ///< n / divisor is n * reciprocal >> (16 + reciprocalShift)
+  std::int32_t reciprocalShift = 0;
 };
 
 struct ByteRows {

@@ -1,9 +1,13 @@
 #include "resampling/ByteWeightPlan.h"
 
+#include "resampling/NearestInteger.h"
+#include "resampling/RatioWeights.h"
+
 #include <algorithm>
 #include <bit>
 #include <cmath>
 #include <cstddef>
+#include <optional>
 #include <span>
 
 // Why the integer sums give the defined bits.
@@ -50,16 +54,6 @@ std::span<const double> weightsOf(const ByteTaps& taps) { return {taps.weights, 
 
 constexpr double powerOfTwo(int exponent) { return static_cast<double>(std::int64_t{1} << exponent); }
 
-// The nearest integer of a magnitude below 2^31, found by pushing everything else out of the significand.
-struct Nearest {
-  explicit Nearest(double v) : pushed(v + kIntegersOnly) {}
-  double value() const { return pushed - kIntegersOnly; }
-  std::int32_t integer() const { return static_cast<std::int32_t>(std::bit_cast<std::uint64_t>(pushed)); }
-
-  static constexpr double kIntegersOnly = 1.5 * 4503599627370496.0;
-  double pushed;
-};
-
 struct Summary {
   double largest = 0.0;  // magnitude
   double sum = 0.0;      // of magnitudes
@@ -74,7 +68,7 @@ Summary summaryOf(const ByteTaps& taps) {
   std::uint32_t bits = 1u << kLargestShift;
   for (const double w : weightsOf(taps)) {
     const double m = std::abs(w), scaled = w * powerOfTwo(kLargestShift);
-    const Nearest quanta(scaled);
+    const NearestInteger quanta(scaled);
     largest = m > largest ? m : largest;
     sum += m;
     fractions += std::abs(scaled - quanta.value());
@@ -98,7 +92,7 @@ Quantised quantise(const ByteTaps& taps, const Summary& summary, int shift) {
   Quantised result;
   for (const double w : weightsOf(taps)) {
     const double scaled = w * powerOfTwo(shift);
-    const Nearest quanta(scaled);
+    const NearestInteger quanta(scaled);
     const double error = scaled - quanta.value();
     sumOfErrors += error;
     result.error += std::abs(error);
@@ -109,7 +103,7 @@ Quantised quantise(const ByteTaps& taps, const Summary& summary, int shift) {
     result.start = half + static_cast<double>((bits & -bits) / 2);
     return result;
   }
-  const double centre = 127.5 * sumOfErrors, nearest = Nearest(centre).value();
+  const double centre = 127.5 * sumOfErrors, nearest = NearestInteger(centre).value();
   result.start = half + nearest;
   result.error = 127.5 * result.error + std::abs(centre - nearest) +
                  255.0 * (taps.count + 2) * summary.sum * powerOfTwo(shift) * 0x1p-52 + 0x1p-20;
@@ -125,6 +119,7 @@ class Planner {
     summarise();
     chooseShifts();
     quantiseAll();
+    findRatios();
     if (fours_) alignFours();
     layGroups();
     writeDigits();
@@ -184,15 +179,41 @@ class Planner {
       plan_.taps[i].bias = static_cast<std::int32_t>(quantised[i].start) + (quantised[i].error > 0.0 ? bound_ : 0);
   }
 
+  // Positions in the middle show whether the weights are whole numbers of parts; those at the ends often are not.
+  void findRatios() {
+    constexpr std::size_t kShown = 8;
+    const std::span<ByteTaps> all = plan_.taps;
+    const std::span<ByteTaps> shown = all.subspan(all.size() / 2, std::min(kShown, all.size() - all.size() / 2));
+    const auto needsThree = [](const ByteTaps& taps) { return taps.sum == ByteSum::ThreeDigits; };
+    ratios_.resize(all.size());
+    if (std::none_of(shown.begin(), shown.end(), needsThree)) return;
+    parts_ = partsRichInHalves(shown, largestDigit());
+    if (parts_ == 0) return;
+    const Reciprocal reciprocal = *reciprocalOf(2 * parts_);
+    plan_.weights.divisor = reciprocal.divisor;
+    plan_.weights.reciprocal = reciprocal.reciprocal;
+    plan_.weights.reciprocalShift = reciprocal.shift;
+    for (std::size_t i = 0; i < all.size(); ++i) {
+      if (all[i].sum == ByteSum::Exact) continue;
+      ratios_[i] = ratioOf(all[i], parts_, largestDigit());
+      if (ratios_[i] && all[i].sum == ByteSum::ThreeDigits) all[i].sum = ByteSum::Ratio;
+    }
+  }
+
   void alignFours() {
     for (std::size_t first = 0; first < plan_.taps.size(); first += 4) {
-      const auto four = std::span(plan_.taps).subspan(first, std::min<std::size_t>(4, plan_.taps.size() - first));
+      const std::size_t count = std::min<std::size_t>(4, plan_.taps.size() - first);
+      const auto four = std::span(plan_.taps).subspan(first, count);
+      const auto ratios = std::span(ratios_).subspan(first, count);
       const auto any = [&](ByteSum sum) {
         return std::any_of(four.begin(), four.end(), [=](const ByteTaps& taps) { return taps.sum == sum; });
       };
+      const bool haveRatios = std::all_of(ratios.begin(), ratios.end(), [](const auto& ratio) { return !!ratio; });
       const ByteSum common = any(ByteSum::Exact)         ? ByteSum::Exact
                              : any(ByteSum::ThreeDigits) ? ByteSum::ThreeDigits
-                                                         : ByteSum::OneDigit;
+                             : !any(ByteSum::Ratio)      ? ByteSum::OneDigit
+                             : haveRatios                ? ByteSum::Ratio
+                                                         : ByteSum::ThreeDigits;
       for (ByteTaps& taps : four) taps.sum = common;
     }
   }
@@ -205,37 +226,59 @@ class Planner {
     }
   }
 
-  static std::size_t digitsOf(ByteSum sum) { return sum == ByteSum::OneDigit ? 1 : 3; }
+  static std::size_t digitsOf(ByteSum sum) { return static_cast<std::size_t>(sum); }
 
   void writeDigits() {
     std::size_t needed = 0;
     for (const ByteTaps& taps : plan_.taps) needed += static_cast<std::size_t>(taps.groups) * digitsOf(taps.sum);
     digits_.assign(needed, 0);
     std::int32_t* at = digits_.data();
-    for (ByteTaps& taps : plan_.taps) {
+    for (std::size_t i = 0; i < plan_.taps.size(); ++i) {
+      ByteTaps& taps = plan_.taps[i];
       if (taps.sum == ByteSum::Exact) continue;
-      if (taps.sum == ByteSum::OneDigit) taps.bias = 1 << (shiftOf(taps.sum) - 1);
       taps.digits = at;
-      writeTaps(taps, reinterpret_cast<std::int8_t*>(at));
+      if (taps.sum == ByteSum::Ratio)
+        writeRatio(taps, *ratios_[i], reinterpret_cast<std::int8_t*>(at));
+      else
+        writeQuanta(taps, reinterpret_cast<std::int8_t*>(at));
       at += static_cast<std::size_t>(taps.groups) * digitsOf(taps.sum);
     }
   }
 
-  // The digits of a tap lie four bytes apart, the highest first.
-  void writeTaps(const ByteTaps& taps, std::int8_t* bytes) const {
-    const double quantum = powerOfTwo(shiftOf(taps.sum));
-    const bool three = taps.sum == ByteSum::ThreeDigits;
+  // Calls body(weight, place of its first digit); the others follow four bytes apart.
+  template <class Body>
+  void forEachTap(const ByteTaps& taps, std::int8_t* bytes, Body body) const {
     auto slot = static_cast<std::size_t>(fours_ ? taps.left % 4 : 0);
     for (const double w : weightsOf(taps)) {
-      std::int32_t quanta = Nearest(w * quantum).integer();
-      std::int8_t* const at = bytes + slot / 4 * (three ? 12 : 4) + slot % 4;
+      body(w, bytes + slot / 4 * 4 * digitsOf(taps.sum) + slot % 4);
+      ++slot;
+    }
+  }
+
+  void writeRatio(ByteTaps& taps, const Ratio& ratio, std::int8_t* bytes) const {
+    taps.bias = parts_;
+    // Where there is no excess, halves are exact in the definition's sum, too, and go up.
+    taps.excessBias = ratio.quantum == 0.0 ? 1 : 0;
+    taps.excessBound = ratio.bound;
+    forEachTap(taps, bytes, [&](double w, std::int8_t* at) {
+      const RatioDigits digits = ratioDigits(w, parts_, ratio);
+      at[0] = digits.parts;
+      at[4] = digits.excess;
+    });
+  }
+
+  void writeQuanta(ByteTaps& taps, std::int8_t* bytes) const {
+    const double quantum = powerOfTwo(shiftOf(taps.sum));
+    const bool three = taps.sum == ByteSum::ThreeDigits;
+    if (!three) taps.bias = 1 << (shiftOf(taps.sum) - 1);
+    forEachTap(taps, bytes, [&](double w, std::int8_t* at) {
+      std::int32_t quanta = NearestInteger(w * quantum).integer();
       if (three) {
         at[8] = takeDigit(quanta);
         at[4] = takeDigit(quanta);
       }
       at[0] = static_cast<std::int8_t>(quanta);
-      ++slot;
-    }
+    });
   }
 
   // Splits off the lowest digit, which lies around 0.
@@ -250,6 +293,8 @@ class Planner {
   bool fours_;
   int digitBits_;
   std::vector<Summary> summaries_;
+  std::vector<std::optional<Ratio>> ratios_;
+  std::int32_t parts_ = 0;
   std::int32_t bound_ = 1;
 };
 

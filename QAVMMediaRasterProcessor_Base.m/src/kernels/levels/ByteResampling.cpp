@@ -82,30 +82,62 @@ constexpr int kDigitBits = QAV_KERNEL_LEVEL >= 3 ? 8 : 7;
 #endif
 }
 
-// The eight 16-bit results of two vectors side by side in each 128-bit lane, then sixteen bytes; all saturate.
+// Pairs of vectors side by side in each 128-bit lane, as in `packed`; all saturate.
+[[gnu::always_inline]] inline U16 narrowUnsigned(I32 a, I32 b) {
+#if QAV_KERNEL_LEVEL >= 2
+  return (U16)_mm512_packus_epi32((__m512i)a, (__m512i)b);
+#else
+  return (U16)_mm256_packus_epi32((__m256i)a, (__m256i)b);
+#endif
+}
+
+[[gnu::always_inline]] inline I16 narrowSigned(I32 a, I32 b) {
+#if QAV_KERNEL_LEVEL >= 2
+  return (I16)_mm512_packs_epi32((__m512i)a, (__m512i)b);
+#else
+  return (I16)_mm256_packs_epi32((__m256i)a, (__m256i)b);
+#endif
+}
+
+[[gnu::always_inline]] inline U8 packedBytes(I16 a, I16 b) {
+#if QAV_KERNEL_LEVEL >= 2
+  return (U8)_mm512_packus_epi16((__m512i)a, (__m512i)b);
+#else
+  return (U8)_mm256_packus_epi16((__m256i)a, (__m256i)b);
+#endif
+}
+
+[[gnu::always_inline]] inline U8 packedSigns(I16 a, I16 b) {
+#if QAV_KERNEL_LEVEL >= 2
+  return (U8)_mm512_packs_epi16((__m512i)a, (__m512i)b);
+#else
+  return (U8)_mm256_packs_epi16((__m256i)a, (__m256i)b);
+#endif
+}
+
+// The results of four vectors of sums.
 [[gnu::always_inline]] inline U8 packed(I32 a, I32 b, I32 c, I32 d) {
+  return packedBytes(narrowSigned(a, b), narrowSigned(c, d));
+}
+
+// In the same order, of lanes that are all ones or all zeros.
+[[gnu::always_inline]] inline std::uint64_t packedFlags(I32 a, I32 b, I32 c, I32 d) {
+  return signBits(packedSigns(narrowSigned(a, b), narrowSigned(c, d)));
+}
+
+[[gnu::always_inline]] inline I32 magnitude(I32 v) {
 #if QAV_KERNEL_LEVEL >= 2
-  return (U8)_mm512_packus_epi16(_mm512_packs_epi32((__m512i)a, (__m512i)b),
-                                 _mm512_packs_epi32((__m512i)c, (__m512i)d));
+  return (I32)_mm512_abs_epi32((__m512i)v);
 #else
-  return (U8)_mm256_packus_epi16(_mm256_packs_epi32((__m256i)a, (__m256i)b),
-                                 _mm256_packs_epi32((__m256i)c, (__m256i)d));
+  return (I32)_mm256_abs_epi32((__m256i)v);
 #endif
 }
 
-#if QAV_KERNEL_LEVEL >= 3
-// In the order of `packed`, with signs kept.
-[[gnu::always_inline]] inline U8 packedSigns(I32 a, I32 b, I32 c, I32 d) {
-  return (U8)_mm512_packs_epi16(_mm512_packs_epi32((__m512i)a, (__m512i)b), _mm512_packs_epi32((__m512i)c, (__m512i)d));
-}
-#endif
-
-// Bit i is set where lane i of `v` is below the bound.
-[[gnu::always_inline]] inline std::uint32_t lanesBelow(U32 v, U32 bound) {
+[[gnu::always_inline]] inline bool anyBelow(U32 v, U32 bound) {
 #if QAV_KERNEL_LEVEL >= 2
-  return _mm512_cmplt_epu32_mask((__m512i)v, (__m512i)bound);
+  return _mm512_cmplt_epu32_mask((__m512i)v, (__m512i)bound) != 0;
 #else
-  return static_cast<std::uint32_t>(_mm256_movemask_ps((__m256)(v < bound)));
+  return _mm256_movemask_ps((__m256)(v < bound)) != 0;
 #endif
 }
 
@@ -137,12 +169,13 @@ constexpr int kDigitBits = QAV_KERNEL_LEVEL >= 3 ? 8 : 7;
 #endif
 }
 
-// The running sum of a vector of results. (Named members: the compiler keeps arrays in memory.)
+// The running sum of a vector of results; kDigits names a ByteSum. (Named members: the compiler keeps arrays in
+// memory.)
 template <int kDigits>
 struct Sum {
   I32 high{}, middle{}, low;
 
-  [[gnu::always_inline]] explicit Sum(std::int32_t bias) : low(splat<I32>(bias)) {}
+  [[gnu::always_inline]] explicit Sum(const ByteTaps& taps) : low(splat<I32>(taps.bias)) {}
   [[gnu::always_inline]] void add(U8 bytes, const std::int32_t* digits) {
     if constexpr (kDigits == 3) {
       high = addProducts(high, bytes, digits[0]);
@@ -155,37 +188,64 @@ struct Sum {
   }
 };
 
-// Rounded results of four sums; the lanes in which one of them is too close to call, which of the four are so, and
-// (where the level can make use of it) which of the bytes.
+template <>
+struct Sum<2> {
+  I32 parts, excess;
+  std::int32_t bound;
+
+  [[gnu::always_inline]] explicit Sum(const ByteTaps& taps)
+      : parts(splat<I32>(taps.bias)), excess(splat<I32>(taps.excessBias)), bound(taps.excessBound) {}
+  [[gnu::always_inline]] void add(U8 bytes, const std::int32_t* digits) {
+    parts = addProducts(parts, bytes, digits[0]);
+    excess = addProducts(excess, bytes, digits[1]);
+  }
+  // An exact half that its excess pulls down is one less, which changes no other quotient.
+  [[gnu::always_inline]] I32 dividend() const { return parts + (excess >> 31); }
+  // Not negative where the excess does not decide.
+  [[gnu::always_inline]] I32 doubt() const { return splat<I32>(bound) - magnitude(excess); }
+};
+
+// Rounded results of four sums, and the bytes for which they are too close to call.
 struct Rounded {
   U8 bytes;
-  std::uint32_t doubtful = 0;
-  unsigned doubtfulSums = 0;
-  std::uint64_t doubtfulBytes = 0;
+  std::uint64_t doubtful = 0;
 };
 
 template <int kDigits>
 [[gnu::always_inline]] inline Rounded roundedSums(const Sum<kDigits>& s0, const Sum<kDigits>& s1,
                                                   const Sum<kDigits>& s2, const Sum<kDigits>& s3,
                                                   const ByteWeights& weights) {
-  const int shift = weights.shift[kDigits == 3 ? 2 : 1];
+  const int shift = weights.shift[kDigits];
   const I32 t0 = s0.total(), t1 = s1.total(), t2 = s2.total(), t3 = s3.total();
   Rounded rounded{packed(t0 >> shift, t1 >> shift, t2 >> shift, t3 >> shift)};
   if constexpr (kDigits == 3) {
     const int whole = 32 - shift;
     const U32 f0 = (U32)t0 << whole, f1 = (U32)t1 << whole, f2 = (U32)t2 << whole, f3 = (U32)t3 << whole;
     const U32 doubt = splat<U32>(weights.doubt);
-    rounded.doubtful = lanesBelow(min(min(f0, f1), min(f2, f3)), doubt);
-    if (rounded.doubtful) [[unlikely]] {
-      rounded.doubtfulSums = (lanesBelow(f0, doubt) ? 1u : 0u) | (lanesBelow(f1, doubt) ? 2u : 0u) |
-                             (lanesBelow(f2, doubt) ? 4u : 0u) | (lanesBelow(f3, doubt) ? 8u : 0u);
-#if QAV_KERNEL_LEVEL >= 3
-      rounded.doubtfulBytes =
-          signBits(packedSigns((I32)(f0 < doubt), (I32)(f1 < doubt), (I32)(f2 < doubt), (I32)(f3 < doubt)));
-#endif
-    }
+    if (anyBelow(min(min(f0, f1), min(f2, f3)), doubt)) [[unlikely]]
+      rounded.doubtful = packedFlags((I32)(f0 < doubt), (I32)(f1 < doubt), (I32)(f2 < doubt), (I32)(f3 < doubt));
   }
   return rounded;
+}
+
+// Sixteen bits are enough: a dividend beyond them belongs to a result beyond a byte.
+[[gnu::always_inline]] inline Rounded roundedSums(const Sum<2>& s0, const Sum<2>& s1, const Sum<2>& s2,
+                                                  const Sum<2>& s3, const ByteWeights& weights) {
+  const U16 reciprocal = splat<U16>(static_cast<std::uint16_t>(weights.reciprocal));
+  const U16 divisor = splat<U16>(static_cast<std::uint16_t>(weights.divisor));
+  const U16 low = narrowUnsigned(s0.dividend(), s1.dividend()), high = narrowUnsigned(s2.dividend(), s3.dividend());
+  const U16 lowQuotient = mulhi(low, reciprocal) >> weights.reciprocalShift;
+  const U16 highQuotient = mulhi(high, reciprocal) >> weights.reciprocalShift;
+  const I16 lowDoubt = narrowSigned(s0.doubt(), s1.doubt()), highDoubt = narrowSigned(s2.doubt(), s3.doubt());
+  // An exact half that is pulled down leaves the remainder divisor - 1.
+  const I16 none = splat<I16>(-1);
+  const auto exactHalf = [&](U16 dividend, U16 quotient) {
+    const U16 rest = dividend - quotient * divisor;
+    return (I16)(rest == U16{}) | (I16)(rest == divisor - splat<U16>(1));
+  };
+  return {packedBytes((I16)lowQuotient, (I16)highQuotient),
+          signBits(packedSigns(exactHalf(low, lowQuotient) & (I16)(lowDoubt > none),
+                               exactHalf(high, highQuotient) & (I16)(highDoubt > none)))};
 }
 
 [[gnu::always_inline]] inline void interleaveRows(const std::uint8_t* const* rows, std::size_t at, U8 (&out)[4]) {
@@ -216,7 +276,7 @@ template <int kDigits>
 [[gnu::noinline]] void decideColumns(const std::uint8_t* const* rows, std::size_t at, const ByteTaps& taps,
                                      Rounded rounded, std::uint8_t* out) {
   __m512i bytes = (__m512i)rounded.bytes;
-  for (std::uint64_t left = rounded.doubtfulBytes; left != 0;) {
+  for (std::uint64_t left = rounded.doubtful; left != 0;) {
     const std::uint64_t which = _pdep_u64(0xFFFF, left);
     left &= ~which;
     F64 low{}, high{};
@@ -229,18 +289,18 @@ template <int kDigits>
   store(out + at, (U8)bytes);
 }
 #else
-// Four lanes stand for sixteen columns.
+// Sixteen columns at a time.
 [[gnu::noinline]] void decideColumns(const std::uint8_t* const* rows, std::size_t at, const ByteTaps& taps,
                                      const Rounded& rounded, std::uint8_t* out) {
-  for (std::uint32_t doubtful = rounded.doubtful; doubtful != 0; doubtful >>= 4, at += 16)
-    if (doubtful & 15) exactColumns<16>(rows, at, taps, out);
+  for (std::uint64_t doubtful = rounded.doubtful; doubtful != 0; doubtful >>= 16, at += 16)
+    if (doubtful & 0xFFFF) exactColumns<16>(rows, at, taps, out);
 }
 #endif
 
 template <int kDigits>
 [[gnu::always_inline]] inline void integerColumns(const std::uint8_t* const* rows, std::size_t at, const ByteTaps& taps,
                                                   const ByteWeights& weights, std::uint8_t* out) {
-  Sum<kDigits> s0(taps.bias), s1(taps.bias), s2(taps.bias), s3(taps.bias);
+  Sum<kDigits> s0(taps), s1(taps), s2(taps), s3(taps);
   for (std::int32_t g = 0; g < taps.groups; ++g) {
     U8 bytes[4];
     interleaveRows(rows + 4 * g, at, bytes);
@@ -276,6 +336,9 @@ void columns(const std::uint8_t* const* rows, std::size_t samples, const ByteTap
   if (taps.sum == ByteSum::OneDigit)
     return overColumns(rows, samples, taps, out,
                        [&](std::size_t at) { integerColumns<1>(rows, at, taps, weights, out); });
+  if (taps.sum == ByteSum::Ratio)
+    return overColumns(rows, samples, taps, out,
+                       [&](std::size_t at) { integerColumns<2>(rows, at, taps, weights, out); });
   if (taps.sum == ByteSum::ThreeDigits)
     return overColumns(rows, samples, taps, out,
                        [&](std::size_t at) { integerColumns<3>(rows, at, taps, weights, out); });
@@ -389,7 +452,7 @@ template <int kDigits>
 struct PixelSum {
   Sum<kDigits> first, second;
 
-  [[gnu::always_inline]] PixelSum(const Groups& groups, const ByteTaps& taps) : first(taps.bias), second(taps.bias) {
+  [[gnu::always_inline]] PixelSum(const Groups& groups, const ByteTaps& taps) : first(taps), second(taps) {
     const std::uint8_t* from = taps.groups > 0 ? groups.at(taps.firstGroup) : groups.bytes;
     const std::int32_t* digits = taps.digits;
     for (std::int32_t g = 0; g < taps.groups; ++g, from += kGroupBytes, digits += kDigits) {
@@ -404,6 +467,13 @@ struct PixelSum {
   }
 };
 
+// Which pixels of a four have a byte in any of the rows among these.
+[[gnu::always_inline]] inline unsigned doubtfulPixels(std::uint64_t bytes) {
+  bytes |= bytes >> 32;
+  bytes |= bytes >> 16;
+  return (bytes & 0xF ? 1u : 0u) | (bytes & 0xF0 ? 2u : 0u) | (bytes & 0xF00 ? 4u : 0u) | (bytes & 0xF000 ? 8u : 0u);
+}
+
 struct Block {
   U8 first, second;
 };
@@ -411,7 +481,7 @@ struct Block {
 [[gnu::always_inline]] inline U8 decidedBlock(const Rounded& rounded, const Groups& groups, const ByteTaps* taps,
                                               std::size_t count) {
   if (rounded.doubtful) [[unlikely]]
-    return exactBlock(rounded.bytes, groups, taps, count, rounded.doubtfulSums);
+    return exactBlock(rounded.bytes, groups, taps, count, doubtfulPixels(rounded.doubtful));
   return rounded.bytes;
 }
 
@@ -467,6 +537,7 @@ template <int kChannels>
                                                 std::uint8_t* const* out) {
   const std::size_t here = count - x < kBlock ? count - x : kBlock;
   const Block block = taps[x].sum == ByteSum::ThreeDigits ? integerBlock<3>(groups, taps + x, here, weights)
+                      : taps[x].sum == ByteSum::Ratio     ? integerBlock<2>(groups, taps + x, here, weights)
                       : taps[x].sum == ByteSum::OneDigit  ? integerBlock<1>(groups, taps + x, here, weights)
                                                           : exactBlocks(groups, taps + x, here);
   storeBlock<kChannels>(block.first, x, count, rowCount, out);
