@@ -12,6 +12,11 @@ constexpr std::size_t kDoubles = kLanes<F64>;
 
 [[gnu::always_inline]] inline F64 magnitude(F64 v) { return (F64)((U64)v & splat<U64>(0x7FFFFFFFFFFFFFFF)); }
 
+// `v` is not negative.
+[[gnu::always_inline]] inline F64 withSignOf(F64 sign, F64 v) {
+  return (F64)((U64)v | ((U64)sign & splat<U64>(0x8000000000000000)));
+}
+
 // To nearest, for 0 to 2^51.
 [[gnu::always_inline]] inline F64 nearest(F64 v) {
   const F64 integersOnly = splat<F64>(4503599627370496.0);
@@ -38,7 +43,7 @@ constexpr std::size_t kDoubles = kLanes<F64>;
   return (F64)((I64)sum & (t < splat<F64>(2.0)));
 }
 
-// sin(pi x) for 0 <= x < 4. A series of our own: the C library's sine is not the same on every machine.
+// sin(pi x) for |x| < 4. A series of our own: the C library's sine is not the same on every machine.
 [[gnu::always_inline]] inline F64 sinOfPiTimes(F64 x) {
   // (-1)^k / (2k + 1)!; the next term is below 2^-51 for |t| <= pi / 2.
   constexpr double terms[] = {1.0,
@@ -51,11 +56,12 @@ constexpr std::size_t kDoubles = kLanes<F64>;
                               -1.0 / 1307674368000.0,
                               1.0 / 355687428096000.0,
                               -1.0 / 121645100408832000.0};
-  // Halves round up.
-  const F64 shifted = x + splat<F64>(0.5);
+  // Halves round away from zero.
+  const F64 shifted = magnitude(x) + splat<F64>(0.5);
   F64 whole = nearest(shifted);
   whole = whole > shifted ? whole - splat<F64>(1.0) : whole;
-  const F64 half = whole * splat<F64>(0.5), t = splat<F64>(std::numbers::pi) * (x - whole), square = t * t;
+  const F64 half = whole * splat<F64>(0.5);
+  const F64 t = splat<F64>(std::numbers::pi) * (x - withSignOf(x, whole)), square = t * t;
   F64 sum{};
 #pragma GCC unroll 10
   for (int k = 9; k >= 0; --k) sum = sum * square + splat<F64>(terms[k]);
@@ -64,9 +70,9 @@ constexpr std::size_t kDoubles = kLanes<F64>;
 }
 
 [[gnu::always_inline]] inline F64 lanczos(double lobes, F64 x) {
-  const F64 t = magnitude(x), wide = splat<F64>(lobes), angle = splat<F64>(std::numbers::pi) * t;
-  const F64 value = wide * sinOfPiTimes(t) * sinOfPiTimes(t / wide) / (angle * angle);
-  return (F64)((I64)(t == F64{} ? splat<F64>(1.0) : value) & (t < wide));
+  const F64 wide = splat<F64>(lobes), angle = splat<F64>(std::numbers::pi) * x;
+  const F64 value = wide * sinOfPiTimes(x) * sinOfPiTimes(x / wide) / (angle * angle);
+  return (F64)((I64)(x == F64{} ? splat<F64>(1.0) : value) & (magnitude(x) < wide));
 }
 
 template <class Kernel>
