@@ -59,8 +59,9 @@ struct ByteResamplingKernels {
   /// computed in fours, each four with one kind of sum.
   void (*rows)(const ByteRows& in, const ByteTaps* taps, const ByteWeights& weights, const RowStretch* stretches,
                std::size_t stretchCount, std::uint8_t* const* out, std::uint8_t* scratch);
-  /// One output row: the weighted sum of rows, of which there are as many as taps, and at least four for each group.
-  void (*columns)(const std::uint8_t* const* rows, std::size_t samples, const ByteTaps& taps,
+  /// Samples first to end - 1 of one output row: the weighted sum of rows, of which there are as many as taps, and at
+  /// least four for each group.
+  void (*columns)(const std::uint8_t* const* rows, std::size_t first, std::size_t end, const ByteTaps& taps,
                   const ByteWeights& weights, std::uint8_t* out);
 };
 

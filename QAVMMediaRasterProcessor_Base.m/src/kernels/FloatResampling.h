@@ -30,8 +30,8 @@ struct FloatResamplingKernels {
   /// Resamples rows to the positions of some stretches.
   void (*rows)(const FloatRows& in, const FloatTaps* taps, const RowStretch* stretches, std::size_t stretchCount,
                float* const* out, double* scratch);
-  /// One output row: the weighted sum of as many rows as there are taps.
-  void (*columns)(const float* const* rows, std::size_t samples, const FloatTaps& taps, float* out);
+  /// Samples first to end - 1 of one output row: the weighted sum of as many rows as there are taps.
+  void (*columns)(const float* const* rows, std::size_t first, std::size_t end, const FloatTaps& taps, float* out);
 };
 
 const FloatResamplingKernels& floatResamplingKernels() noexcept;

@@ -38,8 +38,9 @@ class BytePasses {
   static std::size_t rowsLookedAt(const kernels::ByteTaps& taps) {
     return static_cast<std::size_t>(std::max(taps.count, 4 * taps.groups));
   }
-  void resampleColumns(const Sample* const* rows, std::size_t samples, std::size_t y, Sample* out) const {
-    kernels_.columns(rows, samples, vertical_->taps[y], vertical_->weights, out);
+  void resampleColumns(const Sample* const* rows, std::size_t first, std::size_t end, std::size_t y,
+                       Sample* out) const {
+    kernels_.columns(rows, first, end, vertical_->taps[y], vertical_->weights, out);
   }
 
  private:
@@ -70,8 +71,9 @@ class FloatPasses {
   }
   const kernels::FloatTaps& verticalTaps(std::size_t y) const { return vertical_[y]; }
   static std::size_t rowsLookedAt(const kernels::FloatTaps& taps) { return static_cast<std::size_t>(taps.count); }
-  void resampleColumns(const Sample* const* rows, std::size_t samples, std::size_t y, Sample* out) const {
-    kernels_.columns(rows, samples, vertical_[y], out);
+  void resampleColumns(const Sample* const* rows, std::size_t first, std::size_t end, std::size_t y,
+                       Sample* out) const {
+    kernels_.columns(rows, first, end, vertical_[y], out);
   }
 
  private:
@@ -92,28 +94,50 @@ class FloatPasses {
   AlignedArray<double> scratch_;
 };
 
-// Addresses of rows, for one output row of the vertical pass after another.
+// Some output rows of the vertical pass together, in parts of their width: so the source rows that they share are read
+// from the first-level cache.
 template <class Passes>
 class ColumnPass {
  public:
   using Sample = typename Passes::Sample;
 
-  explicit ColumnPass(const Passes& passes) : passes_(passes) {}
+  ColumnPass(const Passes& passes, std::size_t samples) : passes_(passes), samples_(samples) {}
 
-  // rowAt(i) is where source row i stands.
-  template <class RowAt>
-  void run(std::size_t y, std::size_t samples, Sample* out, RowAt rowAt) {
-    const auto& taps = passes_.verticalTaps(y);
-    rows_.resize(Passes::rowsLookedAt(taps));
-    for (std::size_t t = 0; t < rows_.size(); ++t)
-      rows_[t] = t < static_cast<std::size_t>(taps.count) ? rowAt(static_cast<std::size_t>(taps.left) + t) : rows_[0];
-    passes_.resampleColumns(rows_.data(), samples, y, out);
+  // Output rows first to end - 1; rowAt(i) is where source row i stands, outAt(y) where output row y goes.
+  template <class RowAt, class OutAt>
+  void run(std::size_t first, std::size_t end, RowAt rowAt, OutAt outAt) {
+    rows_.clear();
+    for (std::size_t y = first; y < end; ++y) addRowsOf(y, rowAt);
+    constexpr std::size_t kPart = 4096 / sizeof(Sample);
+    for (std::size_t at = 0; at < samples_;) {
+      // The last part is the longest, none is too short for whole vectors.
+      const std::size_t behind = samples_ - at < 2 * kPart ? samples_ : at + kPart;
+      const Sample* const* rows = rows_.data();
+      for (std::size_t y = first; y < end; ++y) {
+        passes_.resampleColumns(rows, at, behind, y, outAt(y));
+        rows += Passes::rowsLookedAt(passes_.verticalTaps(y));
+      }
+      at = behind;
+    }
   }
 
  private:
+  template <class RowAt>
+  void addRowsOf(std::size_t y, RowAt rowAt) {
+    const auto& taps = passes_.verticalTaps(y);
+    const auto count = static_cast<std::size_t>(taps.count);
+    for (std::size_t t = 0; t < count; ++t) rows_.push_back(rowAt(static_cast<std::size_t>(taps.left) + t));
+    // Stand-ins for taps of weight 0.
+    for (std::size_t t = count; t < Passes::rowsLookedAt(taps); ++t) rows_.push_back(rows_.back());
+  }
+
   const Passes& passes_;
+  std::size_t samples_;
   std::vector<const Sample*> rows_;
 };
+
+// Output rows that the vertical pass makes together, where as many are ready.
+constexpr std::size_t kRowsTogether = 16;
 
 // Calls body(first, count) for strips of as many rows as the horizontal pass takes.
 template <class Body>
@@ -161,22 +185,24 @@ void resampleRowsOnly(const StripJob<Sample>& job, Passes& passes) {
 
 template <class Passes, class Sample>
 void resampleColumnsOnly(const StripJob<Sample>& job, Passes& passes) {
-  ColumnPass<Passes> columns(passes);
-  for (std::size_t y = 0; y < job.height; ++y)
-    columns.run(y, sourceStride(job), job.target + y * targetStride(job),
-                [&](std::size_t row) { return job.source + row * sourceStride(job); });
+  ColumnPass<Passes> columns(passes, sourceStride(job));
+  inStrips(job.height, kRowsTogether, [&](std::size_t first, std::size_t count) {
+    columns.run(
+        first, first + count, [&](std::size_t row) { return job.source + row * sourceStride(job); },
+        [&](std::size_t y) { return job.target + y * targetStride(job); });
+  });
 }
 
 template <class Passes, class Sample>
 void resampleColumnsThenRows(const StripJob<Sample>& job, Passes& passes) {
-  ColumnPass<Passes> columns(passes);
+  ColumnPass<Passes> columns(passes, sourceStride(job));
   const std::size_t stride = alignedStride<Sample>(sourceStride(job));
   const AlignedArray<Sample> strip = makeAlignedArray<Sample>(passes.rowsAtOnce() * stride);
   inStrips(job.height, passes.rowsAtOnce(), [&](std::size_t first, std::size_t count) {
     const auto between = addresses(strip.get(), stride, count);
-    for (std::size_t r = 0; r < count; ++r)
-      columns.run(first + r, sourceStride(job), between[r],
-                  [&](std::size_t row) { return job.source + row * sourceStride(job); });
+    columns.run(
+        first, first + count, [&](std::size_t row) { return job.source + row * sourceStride(job); },
+        [&](std::size_t y) { return between[y - first]; });
     const auto out = addresses(job.target + first * targetStride(job), targetStride(job), count);
     passes.resampleRows(between.data(), count, 0, out.data());
   });
@@ -207,14 +233,14 @@ struct RowNeeds {
 
 template <class Passes, class Sample>
 void resampleRowsThenColumns(const StripJob<Sample>& job, Passes& passes) {
-  ColumnPass<Passes> columns(passes);
+  ColumnPass<Passes> columns(passes, targetStride(job));
   const RowNeeds needs(passes, job.height);
   // Row r of the intermediate image stands in slot r % slots until no output row needs it any more.
   const std::size_t slots = needs.most + passes.rowsAtOnce(), stride = alignedStride<Sample>(targetStride(job));
   const AlignedArray<Sample> ring = makeAlignedArray<Sample>(slots * stride);
   const auto slotOf = [&](std::size_t row) { return ring.get() + row % slots * stride; };
   std::size_t done = 0;
-  for (std::size_t y = 0; y < job.height; ++y) {
+  for (std::size_t y = 0; y < job.height;) {
     done = std::max(done, std::min(needs.from[y], needs.upTo[y]));
     while (done < needs.upTo[y]) {
       const std::size_t count = std::min(passes.rowsAtOnce(), job.sourceHeight - done);
@@ -224,7 +250,10 @@ void resampleRowsThenColumns(const StripJob<Sample>& job, Passes& passes) {
       passes.resampleRows(in.data(), count, distanceToNext(job, done, count), out.data());
       done += count;
     }
-    columns.run(y, targetStride(job), job.target + y * targetStride(job), slotOf);
+    std::size_t end = y + 1;
+    while (end < job.height && end - y < kRowsTogether && needs.upTo[end] <= done) ++end;
+    columns.run(y, end, slotOf, [&](std::size_t row) { return job.target + row * targetStride(job); });
+    y = end;
   }
 }
 

@@ -319,31 +319,28 @@ template <int kDigits>
 #endif
 
 template <class Block>
-[[gnu::always_inline]] inline void overColumns(const std::uint8_t* const* rows, std::size_t samples,
+[[gnu::always_inline]] inline void overColumns(const std::uint8_t* const* rows, std::size_t first, std::size_t end,
                                                const ByteTaps& taps, std::uint8_t* out, Block block) {
-  std::size_t at = 0;
-  for (; at + kVectorBytes <= samples; at += kVectorBytes) block(at);
+  std::size_t at = first;
+  for (; at + kVectorBytes <= end; at += kVectorBytes) block(at);
   // The last columns lie in a block that begins among those already done.
-  if (at < samples && samples >= kVectorBytes)
-    block(samples - kVectorBytes);
+  if (at < end && end - first >= kVectorBytes)
+    block(end - kVectorBytes);
   else
-    for (; at < samples; ++at) out[at] = exactSample(rows, at, taps);
+    for (; at < end; ++at) out[at] = exactSample(rows, at, taps);
 }
 
-void columns(const std::uint8_t* const* rows, std::size_t samples, const ByteTaps& taps,
+void columns(const std::uint8_t* const* rows, std::size_t first, std::size_t end, const ByteTaps& taps,
              [[maybe_unused]] const ByteWeights& weights, std::uint8_t* out) {
+  const auto over = [&](auto block) { overColumns(rows, first, end, taps, out, block); };
 #if QAV_KERNEL_LEVEL >= 1
   if (taps.sum == ByteSum::OneDigit)
-    return overColumns(rows, samples, taps, out,
-                       [&](std::size_t at) { integerColumns<1>(rows, at, taps, weights, out); });
-  if (taps.sum == ByteSum::Ratio)
-    return overColumns(rows, samples, taps, out,
-                       [&](std::size_t at) { integerColumns<2>(rows, at, taps, weights, out); });
+    return over([&](std::size_t at) { integerColumns<1>(rows, at, taps, weights, out); });
+  if (taps.sum == ByteSum::Ratio) return over([&](std::size_t at) { integerColumns<2>(rows, at, taps, weights, out); });
   if (taps.sum == ByteSum::ThreeDigits)
-    return overColumns(rows, samples, taps, out,
-                       [&](std::size_t at) { integerColumns<3>(rows, at, taps, weights, out); });
+    return over([&](std::size_t at) { integerColumns<3>(rows, at, taps, weights, out); });
 #endif
-  overColumns(rows, samples, taps, out, [&](std::size_t at) { exactColumns<kVectorBytes>(rows, at, taps, out); });
+  over([&](std::size_t at) { exactColumns<kVectorBytes>(rows, at, taps, out); });
 }
 
 #if QAV_KERNEL_LEVEL >= 1

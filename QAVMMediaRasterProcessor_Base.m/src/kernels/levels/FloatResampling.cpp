@@ -43,11 +43,11 @@ void columnBlock(const float* const* rows, std::size_t at, const FloatTaps& taps
   for (std::size_t v = 0; v < kVectors; ++v) storeAsFloats(out + at + v * kDoubles, sums[v]);
 }
 
-void columns(const float* const* rows, std::size_t samples, const FloatTaps& taps, float* out) {
-  std::size_t at = 0;
-  for (; at + 8 * kDoubles <= samples; at += 8 * kDoubles) columnBlock<8>(rows, at, taps, out);
-  for (; at + kDoubles <= samples; at += kDoubles) columnBlock<1>(rows, at, taps, out);
-  for (; at < samples; ++at) {
+void columns(const float* const* rows, std::size_t first, std::size_t end, const FloatTaps& taps, float* out) {
+  std::size_t at = first;
+  for (; at + 8 * kDoubles <= end; at += 8 * kDoubles) columnBlock<8>(rows, at, taps, out);
+  for (; at + kDoubles <= end; at += kDoubles) columnBlock<1>(rows, at, taps, out);
+  for (; at < end; ++at) {
     double sum = 0.0;
     for (std::int32_t t = 0; t < taps.count; ++t) sum += static_cast<double>(rows[t][at]) * taps.weights[t];
     out[at] = static_cast<float>(sum);
