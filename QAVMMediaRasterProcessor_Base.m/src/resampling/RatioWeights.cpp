@@ -61,7 +61,7 @@ double excessOf(double weight, std::int32_t parts, double whole) {
 }  // namespace
 
 std::optional<Reciprocal> reciprocalOf(std::int32_t divisor) {
-  const int shift = std::bit_width(static_cast<std::uint32_t>(divisor - 1)) - 1;
+  const int shift = static_cast<int>(std::bit_width(static_cast<std::uint32_t>(divisor - 1))) - 1;
   const std::int64_t one = std::int64_t{1} << (16 + shift), reciprocal = (one + divisor - 1) / divisor;
   const std::int64_t surplus = reciprocal * divisor - one;
   if (reciprocal > 0xFFFF || surplus * 256 * divisor >= one) return {};
