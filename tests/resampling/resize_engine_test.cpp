@@ -78,7 +78,8 @@ TEST(ResizeEngine, RatiosOfSpecialKinds) {
     int w, h, toW, toH;
   } cases[] = {{128, 96, 64, 48},  {64, 40, 128, 80},  {120, 90, 20, 15}, {96, 64, 144, 96}, {90, 60, 30, 20},
                {301, 3, 7, 3},     {3, 301, 3, 5},     {700, 2, 11, 1},   {2, 900, 1, 3},    {1, 1, 130, 67},
-               {257, 129, 86, 43}, {130, 70, 130, 35}, {130, 70, 65, 70}, {65, 33, 130, 66}, {80, 80, 53, 160}};
+               {257, 129, 86, 43}, {130, 70, 130, 35}, {130, 70, 65, 70}, {65, 33, 130, 66}, {80, 80, 53, 160},
+               {1200, 4, 1800, 6}, {6, 1100, 9, 1650}};
   const auto kernels = readyKernels();
   atEveryLevel([&] {
     std::mt19937 random(5);
@@ -90,8 +91,15 @@ TEST(ResizeEngine, RatiosOfSpecialKinds) {
   });
 }
 
+// Not what its base class is.
+class InvertedTriangle : public QAVMMTriangleFilter {
+ public:
+  double Evaluate(double x) override { return 1.5 - QAVMMTriangleFilter::Evaluate(x); }
+};
+
 TEST(ResizeEngine, UnusualKernels) {
   std::mt19937 random(9);
+  InvertedTriangle inverted;
   FunctionFilter unusual[] = {{1.3, [](double) { return 0.0; }},
                               {2.0, [](double x) { return x < 0.3 ? 1.0 : std::nan(""); }},
                               {2.0, [](double x) { return x < 0.3 ? 1.0 : kInfinity; }},
@@ -109,6 +117,7 @@ TEST(ResizeEngine, UnusualKernels) {
       ASSERT_TRUE(scalesAsDefined(*randomFloatImage(40, 31, RGBAFloat, random, true), toW, toH, &filter));
     }
     ASSERT_TRUE(scalesAsDefined(*randomImage(40, 31, RGB888, random), 20, 50, nullptr));
+    ASSERT_TRUE(scalesAsDefined(*randomImage(40, 31, RGBA8888, random), 60, 12, &inverted));
   });
 }
 

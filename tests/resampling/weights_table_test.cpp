@@ -1,7 +1,9 @@
 #include "resampling/Definition.h"
+#include "support/Levels.h"
 
 #include <gtest/gtest.h>
 
+#include <bit>
 #include <cstring>
 #include <limits>
 #include <new>
@@ -64,12 +66,14 @@ void expectDefinedTable(QAVMMGenericFilter* filter, int dstSize, int srcSize) {
 
 TEST(WeightsTable, FollowsTheDefinitionForEveryKernelAndSize) {
   const auto kernels = readyKernels();
-  for (const auto& kernel : kernels) {
-    for (int dst = -1; dst <= 40; ++dst)
-      for (int src = 0; src <= 40; ++src) expectDefinedTable(kernel.get(), dst, src);
-    for (const auto& [dst, src] : {std::pair{1, 9973}, {9973, 1}, {997, 1920}, {3, 4001}, {1921, 1079}})
-      expectDefinedTable(kernel.get(), dst, src);
-  }
+  atEveryLevel([&] {
+    for (const auto& kernel : kernels) {
+      for (int dst = -1; dst <= 40; ++dst)
+        for (int src = 0; src <= 40; ++src) expectDefinedTable(kernel.get(), dst, src);
+      for (const auto& [dst, src] : {std::pair{1, 9973}, {9973, 1}, {997, 1920}, {3, 4001}, {1921, 1079}})
+        expectDefinedTable(kernel.get(), dst, src);
+    }
+  });
   expectDefinedTable(nullptr, 7, 5);
 }
 
@@ -152,6 +156,21 @@ TEST(ResamplingKernels, KnownValues) {
   for (const auto& [kernel, x, value] : cases)
     EXPECT_NEAR(kernels[static_cast<std::size_t>(kernel)]->Evaluate(x), value, 4e-16) << kernel << " at " << x;
   for (const auto& kernel : kernels) EXPECT_EQ(kernel->Evaluate(kNaN), 0.0);
+}
+
+TEST(ResamplingKernels, ValuesAndTheSignsOfZerosAreTheSameAtEveryLevel) {
+  const auto kernels = readyKernels();
+  std::vector<std::uint64_t> first;
+  atEveryLevel([&] {
+    std::vector<std::uint64_t> bits;
+    for (const auto& kernel : kernels)
+      for (double x = -4.0; x <= 4.0; x += 0.01171875)
+        bits.push_back(std::bit_cast<std::uint64_t>(kernel->Evaluate(x)));
+    if (first.empty()) first = bits;
+    EXPECT_EQ(bits, first);
+    EXPECT_FALSE(std::signbit(kernels[5]->Evaluate(-1.0)));
+    EXPECT_TRUE(std::signbit(kernels[5]->Evaluate(1.0)));
+  });
 }
 
 }  // namespace

@@ -1,6 +1,6 @@
 #include "filters/ColourMedian.h"
 
-#include "filters/AlignedArray.h"
+#include "kernels/AlignedArray.h"
 #include "kernels/ColourMedian.h"
 
 namespace qav {

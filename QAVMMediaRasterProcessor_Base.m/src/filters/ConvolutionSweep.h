@@ -1,7 +1,7 @@
 #pragma once
 
-#include "filters/AlignedArray.h"
 #include "filters/ConvolutionPlan.h"
+#include "kernels/AlignedArray.h"
 
 namespace qav {
 

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "filters/AlignedArray.h"
 #include "filters/Progress.h"
 #include "formats/PixelSpan.h"
+#include "kernels/AlignedArray.h"
 #include "kernels/RowFilter.h"
 
 namespace qav {

@@ -1,16 +1,21 @@
 #pragma once
 
+#include "kernels/RowStretch.h"
+
 #include <cstddef>
 #include <cstdint>
 
 namespace qav::kernels {
 
-/// How the sum of one output position is taken. The first two take it in integers: a weight is a number of quanta of
-/// 2^-shift, written in signed digits of base 128, and every digit is multiplied with four samples at once.
+/// How the sum of one output position is taken; the values are numbers of digits that a weight is written in. Every
+/// digit is multiplied with four samples at once.
 enum class ByteSum : std::int32_t {
-  Exact,        ///< in double, as it is defined
-  OneDigit,     ///< the quanta are the weights exactly, and small: the integer sum is the result
-  ThreeDigits,  ///< the integer sum is within a bound of the true one; where it is too close to call, Exact decides
+  Exact = 0,    ///< in double, as it is defined
+  OneDigit,     ///< weights are small whole numbers of quanta of 2^-shift: the integer sum is the result
+  Ratio,        ///< weights are whole numbers of parts of one and a tiny excess, which decides exact halves; where the
+                ///< sum of excesses is too small for that, Exact does
+  ThreeDigits,  ///< weights are nearly whole numbers of quanta of 2^-shift: the integer sum is within a bound of the
+                ///< true one; where it is too close to call, Exact decides
 };
 
 /// The weights of one output position: weights[k] belongs to source position left + k.
@@ -19,33 +24,44 @@ struct ByteTaps {
   std::int32_t left = 0;
   std::int32_t count = 0;  ///< none for 0: the result is 0
   ByteSum sum = ByteSum::Exact;
-  std::int32_t bias = 0;        ///< starts the sum of quanta: a half, what centres the error, and the bound on it
-  std::int32_t firstGroup = 0;  ///< the first of the groups of four source positions that `digits` counts from
+  std::int32_t bias = 0;         ///< starts the sum: a half, in quanta also what centres the error and the bound on it
+  std::int32_t excessBias = 0;   ///< of a Ratio: starts the sum of excesses
+  std::int32_t excessBound = 0;  ///< of a Ratio: a sum of excesses within it, either way, does not decide
+  std::int32_t firstGroup = 0;   ///< the first of the groups of four source positions that `digits` counts from
   std::int32_t groups = 0;
-  const std::int32_t* digits = nullptr;  ///< for each group, one or three times the digits of four taps
+  const std::int32_t* digits = nullptr;  ///< for each group, the digits of four taps, the highest digits first
 };
 
 struct ByteWeights {
-  int shift[3] = {};        ///< of each ByteSum
-  std::uint32_t doubt = 0;  ///< a sum whose fraction, as 32 bits, is below this is too close to call
-  std::int32_t maxGroups = 0;
+  int shift[4] = {};            ///< of each ByteSum
+  std::uint32_t doubt = 0;      ///< a sum whose fraction, as 32 bits, is below this is too close to call
+  std::int32_t divisor = 0;     ///< of a Ratio: two times the parts
+  std::int32_t reciprocal = 0;  ///< n / divisor is n * reciprocal >> (16 + reciprocalShift)
+  std::int32_t reciprocalShift = 0;
+};
+
+struct ByteRows {
+  const std::uint8_t* const* rows;
+  std::size_t count;   ///< 1 to rowsAtOnce
+  std::size_t pixels;  ///< of each row
+  int channels;        ///< 3 or 4
 };
 
 /// Weighted sums of bytes, rounded half up and limited to 0..255; every result as if taken in double in the order of
 /// the taps.
 struct ByteResamplingKernels {
   std::size_t rowsAtOnce;
-  /// The largest digit of ByteSum::OneDigit.
-  int largestDigit;
-  /// Bytes of scratch memory that `rows` takes for rows of that many pixels.
-  std::size_t (*rowScratch)(std::size_t pixels, const ByteWeights& weights);
-  /// Resamples 1 to rowsAtOnce rows of `pixels` pixels of 3 or 4 channels to `count` pixels. Groups of taps begin at
-  /// multiples of four; positions are computed in fours, each four with one kind of sum.
-  void (*rows)(const std::uint8_t* const* in, std::size_t rowCount, std::size_t pixels, int channels,
-               const ByteTaps* taps, std::size_t count, const ByteWeights& weights, std::uint8_t* const* out,
-               std::uint8_t* scratch);
-  /// One output row: the weighted sum of rows, of which there are as many as taps, and at least four for each group.
-  void (*columns)(const std::uint8_t* const* rows, std::size_t samples, const ByteTaps& taps,
+  /// Weights are written in digits of so many bits, the first of them no larger than a number of that size with a sign.
+  int digitBits;
+  /// Scratch memory in bytes.
+  RowStretchShape stretches;
+  /// Resamples rows to the positions of at least one stretch. Groups of taps begin at multiples of four; positions are
+  /// computed in fours, each four with one kind of sum.
+  void (*rows)(const ByteRows& in, const ByteTaps* taps, const ByteWeights& weights, const RowStretch* stretches,
+               std::size_t stretchCount, std::uint8_t* const* out, std::uint8_t* scratch);
+  /// Samples first to end - 1 of one output row: the weighted sum of rows, of which there are as many as taps, and at
+  /// least four for each group.
+  void (*columns)(const std::uint8_t* const* rows, std::size_t first, std::size_t end, const ByteTaps& taps,
                   const ByteWeights& weights, std::uint8_t* out);
 };
 

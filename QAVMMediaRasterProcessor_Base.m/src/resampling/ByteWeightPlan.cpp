@@ -1,9 +1,13 @@
 #include "resampling/ByteWeightPlan.h"
 
+#include "resampling/NearestInteger.h"
+#include "resampling/RatioWeights.h"
+
 #include <algorithm>
 #include <bit>
 #include <cmath>
 #include <cstddef>
+#include <optional>
 #include <span>
 
 // Why the integer sums give the defined bits.
@@ -32,8 +36,6 @@ constexpr int kLargestShift = 22;
 constexpr int kSmallestShift = 12;
 constexpr int kMaxTaps = 4096;
 constexpr double kMaxSumOfMagnitudes = 16.0;
-// Three digits of base 128, the first of them at most 64.
-constexpr double kMaxQuanta = 64.0 * 128.0 * 128.0;
 
 // Zero weights at either end add nothing to a sum of bytes.
 ByteTaps trimmed(const QAVMMContribution& entry) {
@@ -50,42 +52,32 @@ ByteTaps trimmed(const QAVMMContribution& entry) {
 
 std::span<const double> weightsOf(const ByteTaps& taps) { return {taps.weights, static_cast<std::size_t>(taps.count)}; }
 
-struct Magnitudes {
-  double largest = 0.0;
-  double sum = 0.0;
-};
-
-Magnitudes magnitudesOf(const ByteTaps& taps) {
-  Magnitudes m;
-  for (const double w : weightsOf(taps)) {
-    m.largest = std::max(m.largest, std::abs(w));
-    m.sum += std::abs(w);
-  }
-  return m;
-}
-
-// False for infinities and not-a-number, too.
-bool isOrdinary(const ByteTaps& taps) {
-  return taps.count <= kMaxTaps && magnitudesOf(taps).sum <= kMaxSumOfMagnitudes;
-}
-
 constexpr double powerOfTwo(int exponent) { return static_cast<double>(std::int64_t{1} << exponent); }
 
-// To nearest, for magnitudes below 2^51.
-double rounded(double v) {
-  constexpr double kIntegersOnly = 1.5 * 4503599627370496.0;
-  return (v + kIntegersOnly) - kIntegersOnly;
-}
+struct Summary {
+  double largest = 0.0;  // magnitude
+  double sum = 0.0;      // of magnitudes
+  // The least shift that makes all weights integers; one more than the largest shift when none does.
+  int shiftToIntegers = kLargestShift + 1;
+  // Few enough, and neither large nor infinite nor not-a-number.
+  bool ordinary = false;
+};
 
-// The least shift that makes all weights integers; one more than the largest shift when none does.
-int shiftToIntegers(const ByteTaps& taps) {
+Summary summaryOf(const ByteTaps& taps) {
+  double largest = 0.0, sum = 0.0, fractions = 0.0;
   std::uint32_t bits = 1u << kLargestShift;
   for (const double w : weightsOf(taps)) {
-    const double scaled = w * powerOfTwo(kLargestShift);
-    if (scaled != rounded(scaled)) return kLargestShift + 1;
-    bits |= static_cast<std::uint32_t>(static_cast<std::int32_t>(scaled));
+    const double m = std::abs(w), scaled = w * powerOfTwo(kLargestShift);
+    const NearestInteger quanta(scaled);
+    largest = m > largest ? m : largest;
+    sum += m;
+    fractions += std::abs(scaled - quanta.value());
+    bits |= static_cast<std::uint32_t>(quanta.integer());
   }
-  return kLargestShift - std::countr_zero(bits);
+  Summary summary{largest, sum};
+  summary.ordinary = taps.count <= kMaxTaps && summary.sum <= kMaxSumOfMagnitudes;
+  if (summary.ordinary && fractions == 0.0) summary.shiftToIntegers = kLargestShift - std::countr_zero(bits);
+  return summary;
 }
 
 // The exact half and more that a sum starts with, and the bound T - 1 on its error; both in quanta.
@@ -94,37 +86,40 @@ struct Quantised {
   double error = 0.0;
 };
 
-Quantised quantise(const ByteTaps& taps, int shift) {
-  double sumOfErrors = 0.0, magnitudes = 0.0;
+Quantised quantise(const ByteTaps& taps, const Summary& summary, int shift) {
+  double sumOfErrors = 0.0;
   std::uint32_t bits = 1u << (shift - 1);
   Quantised result;
   for (const double w : weightsOf(taps)) {
-    const double scaled = w * powerOfTwo(shift), q = rounded(scaled);
-    sumOfErrors += scaled - q;
-    result.error += std::abs(scaled - q);
-    magnitudes += std::abs(scaled);
-    bits |= static_cast<std::uint32_t>(static_cast<std::int32_t>(q));
+    const double scaled = w * powerOfTwo(shift);
+    const NearestInteger quanta(scaled);
+    const double error = scaled - quanta.value();
+    sumOfErrors += error;
+    result.error += std::abs(error);
+    bits |= static_cast<std::uint32_t>(quanta.integer());
   }
   const double half = powerOfTwo(shift - 1);
   if (result.error == 0.0) {
     result.start = half + static_cast<double>((bits & -bits) / 2);
     return result;
   }
-  const double centre = 127.5 * sumOfErrors;
-  result.start = half + rounded(centre);
-  result.error = 127.5 * result.error + std::abs(centre - rounded(centre)) +
-                 255.0 * (taps.count + 2) * magnitudes * 0x1p-52 + 0x1p-20;
+  const double centre = 127.5 * sumOfErrors, nearest = NearestInteger(centre).value();
+  result.start = half + nearest;
+  result.error = 127.5 * result.error + std::abs(centre - nearest) +
+                 255.0 * (taps.count + 2) * summary.sum * powerOfTwo(shift) * 0x1p-52 + 0x1p-20;
   return result;
 }
 
 class Planner {
  public:
-  Planner(ByteWeightPlan& plan, std::vector<std::int32_t>& digits, bool fours, int largestDigit)
-      : plan_(plan), digits_(digits), fours_(fours), largestDigit_(largestDigit) {}
+  Planner(ByteWeightPlan& plan, std::vector<std::int32_t>& digits, bool fours, int digitBits)
+      : plan_(plan), digits_(digits), fours_(fours), digitBits_(digitBits) {}
 
   void run() {
+    summarise();
     chooseShifts();
     quantiseAll();
+    findRatios();
     if (fours_) alignFours();
     layGroups();
     writeDigits();
@@ -133,24 +128,35 @@ class Planner {
  private:
   int shiftOf(ByteSum sum) const { return plan_.weights.shift[static_cast<int>(sum)]; }
 
+  // Products of two bytes and digits of 7 bits, at most 64 in magnitude, fit 16 bits.
+  double largestDigit() const { return digitBits_ == 8 ? 127.0 : 64.0; }
+  double largestQuanta() const { return largestDigit() * powerOfTwo(2 * digitBits_); }
+
+  void summarise() {
+    summaries_.reserve(plan_.taps.size());
+    for (const ByteTaps& taps : plan_.taps) summaries_.push_back(summaryOf(taps));
+  }
+
   void chooseShifts() {
-    Magnitudes most;
+    double largest = 0.0, sum = 0.0;
     int exactShift = 0;
-    for (const ByteTaps& taps : plan_.taps) {
-      if (!isOrdinary(taps)) continue;
-      const Magnitudes m = magnitudesOf(taps);
-      most.largest = std::max(most.largest, m.largest);
-      most.sum = std::max(most.sum, m.sum);
-      const int shift = shiftToIntegers(taps);
-      if (shift <= kLargestShift && m.largest * powerOfTwo(shift) <= largestDigit_)
-        exactShift = std::max(exactShift, shift);
+    for (const Summary& summary : summaries_) {
+      if (!summary.ordinary) continue;
+      largest = std::max(largest, summary.largest);
+      sum = std::max(sum, summary.sum);
+      if (fitsOneDigit(summary, summary.shiftToIntegers)) exactShift = std::max(exactShift, summary.shiftToIntegers);
     }
     int shift = kLargestShift;
-    while (shift > kSmallestShift && (most.largest * powerOfTwo(shift) > kMaxQuanta ||
-                                      (255.0 * most.sum + 2.0) * powerOfTwo(shift) + 255.0 * kMaxTaps > 2147483647.0))
+    while (shift > kSmallestShift && (largest * powerOfTwo(shift) > largestQuanta() ||
+                                      (255.0 * sum + 2.0) * powerOfTwo(shift) + 255.0 * kMaxTaps > 2147483647.0))
       --shift;
     plan_.weights.shift[static_cast<int>(ByteSum::OneDigit)] = std::max(1, exactShift);
     plan_.weights.shift[static_cast<int>(ByteSum::ThreeDigits)] = shift;
+  }
+
+  bool fitsOneDigit(const Summary& summary, int shift) const {
+    return summary.shiftToIntegers <= std::min(shift, kLargestShift) &&
+           summary.largest * powerOfTwo(shift) <= largestDigit();
   }
 
   void quantiseAll() {
@@ -158,15 +164,14 @@ class Planner {
     std::vector<Quantised> quantised(plan_.taps.size());
     double error = 0.0;
     for (std::size_t i = 0; i < plan_.taps.size(); ++i) {
+      const Summary& summary = summaries_[i];
       ByteTaps& taps = plan_.taps[i];
-      const double largest = magnitudesOf(taps).largest;
-      if (!isOrdinary(taps) || largest * powerOfTwo(three) > kMaxQuanta) continue;
-      quantised[i] = quantise(taps, three);
+      if (!summary.ordinary || summary.largest * powerOfTwo(three) > largestQuanta()) continue;
+      quantised[i] = quantise(taps, summary, three);
       // More doubt than this would not be worth while.
       if (quantised[i].error > powerOfTwo(three - 8)) continue;
       error = std::max(error, quantised[i].error);
-      const bool small = shiftToIntegers(taps) <= one && largest * powerOfTwo(one) <= largestDigit_;
-      taps.sum = small ? ByteSum::OneDigit : ByteSum::ThreeDigits;
+      taps.sum = fitsOneDigit(summary, one) ? ByteSum::OneDigit : ByteSum::ThreeDigits;
     }
     bound_ = static_cast<std::int32_t>(std::ceil(error)) + 1;
     plan_.weights.doubt = static_cast<std::uint32_t>(2 * bound_) << (32 - three);
@@ -174,15 +179,41 @@ class Planner {
       plan_.taps[i].bias = static_cast<std::int32_t>(quantised[i].start) + (quantised[i].error > 0.0 ? bound_ : 0);
   }
 
+  // Positions in the middle show whether the weights are whole numbers of parts; those at the ends often are not.
+  void findRatios() {
+    constexpr std::size_t kShown = 8;
+    const std::span<ByteTaps> all = plan_.taps;
+    const std::span<ByteTaps> shown = all.subspan(all.size() / 2, std::min(kShown, all.size() - all.size() / 2));
+    const auto needsThree = [](const ByteTaps& taps) { return taps.sum == ByteSum::ThreeDigits; };
+    ratios_.resize(all.size());
+    if (std::none_of(shown.begin(), shown.end(), needsThree)) return;
+    parts_ = partsRichInHalves(shown, largestDigit());
+    if (parts_ == 0) return;
+    const Reciprocal reciprocal = *reciprocalOf(2 * parts_);
+    plan_.weights.divisor = reciprocal.divisor;
+    plan_.weights.reciprocal = reciprocal.reciprocal;
+    plan_.weights.reciprocalShift = reciprocal.shift;
+    for (std::size_t i = 0; i < all.size(); ++i) {
+      if (all[i].sum == ByteSum::Exact) continue;
+      ratios_[i] = ratioOf(all[i], parts_, largestDigit());
+      if (ratios_[i] && all[i].sum == ByteSum::ThreeDigits) all[i].sum = ByteSum::Ratio;
+    }
+  }
+
   void alignFours() {
     for (std::size_t first = 0; first < plan_.taps.size(); first += 4) {
-      const auto four = std::span(plan_.taps).subspan(first, std::min<std::size_t>(4, plan_.taps.size() - first));
+      const std::size_t count = std::min<std::size_t>(4, plan_.taps.size() - first);
+      const auto four = std::span(plan_.taps).subspan(first, count);
+      const auto ratios = std::span(ratios_).subspan(first, count);
       const auto any = [&](ByteSum sum) {
         return std::any_of(four.begin(), four.end(), [=](const ByteTaps& taps) { return taps.sum == sum; });
       };
+      const bool haveRatios = std::all_of(ratios.begin(), ratios.end(), [](const auto& ratio) { return !!ratio; });
       const ByteSum common = any(ByteSum::Exact)         ? ByteSum::Exact
                              : any(ByteSum::ThreeDigits) ? ByteSum::ThreeDigits
-                                                         : ByteSum::OneDigit;
+                             : !any(ByteSum::Ratio)      ? ByteSum::OneDigit
+                             : haveRatios                ? ByteSum::Ratio
+                                                         : ByteSum::ThreeDigits;
       for (ByteTaps& taps : four) taps.sum = common;
     }
   }
@@ -192,53 +223,87 @@ class Planner {
       if (taps.sum == ByteSum::Exact) continue;
       if (fours_) taps.firstGroup = taps.left / 4;
       taps.groups = ((fours_ ? taps.left % 4 : 0) + taps.count + 3) / 4;
-      plan_.weights.maxGroups = std::max(plan_.weights.maxGroups, taps.groups);
     }
   }
 
-  static std::size_t digitsOf(ByteSum sum) { return sum == ByteSum::OneDigit ? 1 : 3; }
+  static std::size_t digitsOf(ByteSum sum) { return static_cast<std::size_t>(sum); }
 
   void writeDigits() {
     std::size_t needed = 0;
     for (const ByteTaps& taps : plan_.taps) needed += static_cast<std::size_t>(taps.groups) * digitsOf(taps.sum);
     digits_.assign(needed, 0);
     std::int32_t* at = digits_.data();
-    for (ByteTaps& taps : plan_.taps) {
+    for (std::size_t i = 0; i < plan_.taps.size(); ++i) {
+      ByteTaps& taps = plan_.taps[i];
       if (taps.sum == ByteSum::Exact) continue;
-      if (taps.sum == ByteSum::OneDigit) taps.bias = 1 << (shiftOf(taps.sum) - 1);
       taps.digits = at;
-      for (std::int32_t t = 0; t < taps.count; ++t) writeTap(taps, t, at);
+      if (taps.sum == ByteSum::Ratio)
+        writeRatio(taps, *ratios_[i], reinterpret_cast<std::int8_t*>(at));
+      else
+        writeQuanta(taps, reinterpret_cast<std::int8_t*>(at));
       at += static_cast<std::size_t>(taps.groups) * digitsOf(taps.sum);
     }
   }
 
-  void writeTap(const ByteTaps& taps, std::int32_t tap, std::int32_t* at) const {
-    const auto slot = static_cast<std::size_t>(tap + (fours_ ? taps.left % 4 : 0));
-    const std::size_t count = digitsOf(taps.sum);
-    auto quanta = static_cast<std::int32_t>(rounded(taps.weights[tap] * powerOfTwo(shiftOf(taps.sum))));
-    auto* const bytes = reinterpret_cast<std::int8_t*>(at + slot / 4 * count);
-    for (std::size_t d = count; d-- > 1;) {
-      const std::int32_t digit = ((quanta + 64) & 127) - 64;
-      bytes[4 * d + slot % 4] = static_cast<std::int8_t>(digit);
-      quanta = (quanta - digit) / 128;
+  // Calls body(weight, place of its first digit); the others follow four bytes apart.
+  template <class Body>
+  void forEachTap(const ByteTaps& taps, std::int8_t* bytes, Body body) const {
+    auto slot = static_cast<std::size_t>(fours_ ? taps.left % 4 : 0);
+    for (const double w : weightsOf(taps)) {
+      body(w, bytes + slot / 4 * 4 * digitsOf(taps.sum) + slot % 4);
+      ++slot;
     }
-    bytes[slot % 4] = static_cast<std::int8_t>(quanta);
+  }
+
+  void writeRatio(ByteTaps& taps, const Ratio& ratio, std::int8_t* bytes) const {
+    taps.bias = parts_;
+    // Where there is no excess, halves are exact in the definition's sum, too, and go up.
+    taps.excessBias = ratio.quantum == 0.0 ? 1 : 0;
+    taps.excessBound = ratio.bound;
+    forEachTap(taps, bytes, [&](double w, std::int8_t* at) {
+      const RatioDigits digits = ratioDigits(w, parts_, ratio);
+      at[0] = digits.parts;
+      at[4] = digits.excess;
+    });
+  }
+
+  void writeQuanta(ByteTaps& taps, std::int8_t* bytes) const {
+    const double quantum = powerOfTwo(shiftOf(taps.sum));
+    const bool three = taps.sum == ByteSum::ThreeDigits;
+    if (!three) taps.bias = 1 << (shiftOf(taps.sum) - 1);
+    forEachTap(taps, bytes, [&](double w, std::int8_t* at) {
+      std::int32_t quanta = NearestInteger(w * quantum).integer();
+      if (three) {
+        at[8] = takeDigit(quanta);
+        at[4] = takeDigit(quanta);
+      }
+      at[0] = static_cast<std::int8_t>(quanta);
+    });
+  }
+
+  // Splits off the lowest digit, which lies around 0.
+  std::int8_t takeDigit(std::int32_t& quanta) const {
+    const std::int32_t base = 1 << digitBits_, digit = ((quanta + base / 2) & (base - 1)) - base / 2;
+    quanta = (quanta - digit) >> digitBits_;
+    return static_cast<std::int8_t>(digit);
   }
 
   ByteWeightPlan& plan_;
   std::vector<std::int32_t>& digits_;
   bool fours_;
-  int largestDigit_;
+  int digitBits_;
+  std::vector<Summary> summaries_;
+  std::vector<std::optional<Ratio>> ratios_;
+  std::int32_t parts_ = 0;
   std::int32_t bound_ = 1;
 };
 
 }  // namespace
 
-ByteWeightPlan::ByteWeightPlan(const QAVMMWeightsTable& table, Order order, int largestDigit) {
-  const std::size_t count = static_cast<std::size_t>(std::max(0, table.count));
-  taps.reserve(count);
-  for (std::size_t i = 0; i < count; ++i) taps.push_back(trimmed(table.contributions[i]));
-  Planner(*this, digits_, order == Order::Fours, largestDigit).run();
+ByteWeightPlan::ByteWeightPlan(std::span<const QAVMMContribution> entries, Order order, int digitBits) {
+  taps.reserve(entries.size());
+  for (const QAVMMContribution& entry : entries) taps.push_back(trimmed(entry));
+  Planner(*this, digits_, order == Order::Fours, digitBits).run();
 }
 
 }  // namespace qav

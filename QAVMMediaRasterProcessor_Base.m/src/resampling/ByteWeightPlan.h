@@ -5,18 +5,19 @@
 #include "kernels/ByteResampling.h"
 
 #include <cstdint>
+#include <span>
 #include <vector>
 
 namespace qav {
 
-/// A weights table made ready for the byte kernels: for each position the fastest sum that gives the defined bits.
+/// Runs of weights made ready for the byte kernels: for each position the fastest sum that gives the defined bits.
 ///
-/// Refers to the table's weights.
+/// Refers to the entries' weights.
 struct ByteWeightPlan {
   /// Fours: positions are for the kernel of rows, which takes them four at a time.
   enum class Order { Fours, Singles };
 
-  ByteWeightPlan(const QAVMMWeightsTable& table, Order order, int largestDigit);
+  ByteWeightPlan(std::span<const QAVMMContribution> entries, Order order, int digitBits);
 
   std::vector<kernels::ByteTaps> taps;
   kernels::ByteWeights weights;

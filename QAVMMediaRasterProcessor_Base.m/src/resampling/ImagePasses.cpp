@@ -2,15 +2,18 @@
 
 #include "resampling/DirectPasses.h"
 #include "resampling/StripPasses.h"
+#include "resampling/WeightRuns.h"
 
 #include "PixelLayout.h"
 #include "PixelMemory.h"
 
 #include <QAVMMWeightsTable.h>
 
+#include <algorithm>
 #include <functional>
 #include <memory>
 #include <optional>
+#include <span>
 #include <type_traits>
 
 namespace qav {
@@ -50,8 +53,11 @@ bool fits(const ImageSamples<Sample>& source, const ImageSamples<Sample>& target
 
 template <class Sample>
 StripJob<Sample> jobOf(const ImageSamples<Sample>& source, const ImageSamples<Sample>& target, int channels) {
-  return {source.data,   source.width, source.height, target.data, target.width,
-          target.height, channels,     nullptr,       nullptr,     false};
+  return {source.data, source.width, source.height, target.data, target.width, target.height, channels, {}, {}, false};
+}
+
+std::span<const QAVMMContribution> entriesOf(const QAVMMWeightsTable& table) {
+  return {table.contributions, static_cast<std::size_t>(std::max(0, table.count))};
 }
 
 template <class Sample>
@@ -61,7 +67,7 @@ void resampleRowsOf(const ImageSamples<Sample>& source, const ImageSamples<Sampl
   if (!fits(source, target, channels, sizes) || sizes.sourceHeight != sizes.height)
     return resampleRowsDirectly(source, target, channels, sizes, table);
   StripJob<Sample> job = jobOf(source, target, channels);
-  job.horizontal = &table;
+  job.horizontal = entriesOf(table);
   resampleInStrips(job);
 }
 
@@ -72,7 +78,7 @@ void resampleColumnsOf(const ImageSamples<Sample>& source, const ImageSamples<Sa
   if (!fits(source, target, channels, sizes) || sizes.sourceWidth != sizes.width)
     return resampleColumnsDirectly(source, target, channels, sizes, table);
   StripJob<Sample> job = jobOf(source, target, channels);
-  job.vertical = &table;
+  job.vertical = entriesOf(table);
   resampleInStrips(job);
 }
 
@@ -84,26 +90,25 @@ Owned<QAVPixelImage> newImageToFill(int width, int height, QAVPixelImageFormat f
   return image;
 }
 
-// Both weights tables, made in the order of the passes.
-struct Tables {
-  Tables(const PassSizes& sizes, QAVMMGenericFilter* filter, bool verticalFirst) {
+// The weights of both directions, made in the order of the passes. None for a direction that keeps its size.
+struct BothWeights {
+  BothWeights(const PassSizes& sizes, QAVMMGenericFilter* filter, bool verticalFirst) {
     if (verticalFirst) make(vertical, filter, sizes.height, sizes.sourceHeight);
     make(horizontal, filter, sizes.width, sizes.sourceWidth);
     if (!verticalFirst) make(vertical, filter, sizes.height, sizes.sourceHeight);
   }
-  // A direction that keeps its size is copied.
-  static void make(std::optional<QAVMMWeightsTable>& table, QAVMMGenericFilter* filter, std::uint32_t size,
+  static void make(std::optional<WeightRuns>& runs, QAVMMGenericFilter* filter, std::uint32_t size,
                    std::uint32_t sourceSize) {
-    if (size != sourceSize) table.emplace(filter, static_cast<int>(size), static_cast<int>(sourceSize));
+    if (size != sourceSize) runs.emplace(filter, static_cast<int>(size), static_cast<int>(sourceSize));
   }
   template <class Sample>
   void fillIn(StripJob<Sample>& job) const {
-    job.horizontal = horizontal ? &*horizontal : nullptr;
-    job.vertical = vertical ? &*vertical : nullptr;
+    if (horizontal) job.horizontal = horizontal->entries;
+    if (vertical) job.vertical = vertical->entries;
   }
 
-  std::optional<QAVMMWeightsTable> horizontal;
-  std::optional<QAVMMWeightsTable> vertical;
+  std::optional<WeightRuns> horizontal;
+  std::optional<WeightRuns> vertical;
 };
 
 template <class Sample>
@@ -120,10 +125,10 @@ Owned<QAVPixelImage> scaleSamples(const ImageSamples<Sample>& source, const Samp
                                   bool verticalFirst) {
   if (!source.data || source.data != readable || source.count == 0 || channels < 3) return nullptr;
   Owned<QAVPixelImage> result = newImageToFill(static_cast<int>(sizes.width), static_cast<int>(sizes.height), format);
-  const Tables tables(sizes, filter, verticalFirst);
+  const BothWeights weights(sizes, filter, verticalFirst);
   StripJob<Sample> job = jobOf(source, bufferOf<Sample>(*result), channels);
   job.verticalFirst = verticalFirst;
-  tables.fillIn(job);
+  weights.fillIn(job);
   resampleInStrips(job);
   return result;
 }

@@ -3,11 +3,12 @@
 #include <QAVMMWeightsTable.h>
 
 #include <cstddef>
+#include <span>
 
 namespace qav {
 
 /// A resampling whose sizes are those of its buffers, none of them 0. Rows follow one another without gaps; source and
-/// target do not overlap; 3 or 4 channels. A null table leaves its direction as it is; one of the two is not null.
+/// target do not overlap; 3 or 4 channels. A direction without runs of weights stays as it is; one of the two has them.
 template <class Sample>
 struct StripJob {
   const Sample* source;
@@ -17,8 +18,8 @@ struct StripJob {
   std::size_t width;
   std::size_t height;
   int channels;
-  const QAVMMWeightsTable* horizontal;
-  const QAVMMWeightsTable* vertical;
+  std::span<const QAVMMContribution> horizontal;
+  std::span<const QAVMMContribution> vertical;
   bool verticalFirst;
 };
 

@@ -65,8 +65,11 @@ template <std::size_t kCount>
 
 #if QAV_KERNEL_LEVEL >= 1
 
-// Adds to every lane of `sum` the products of its four bytes and the four signed digits of `digits`, each at most
-// 64 in magnitude (127 where one instruction does it all).
+// The bits of a digit of a weight. Where the products of two bytes are summed in 16 bits on the way, digits of more
+// than 7 bits would overflow.
+constexpr int kDigitBits = QAV_KERNEL_LEVEL >= 3 ? 8 : 7;
+
+// Adds to every lane of `sum` the products of its four bytes and the four signed digits of `digits`.
 [[gnu::always_inline]] inline I32 addProducts(I32 sum, U8 bytes, std::int32_t digits) {
 #if QAV_KERNEL_LEVEL >= 3
   return (I32)_mm512_dpbusd_epi32((__m512i)sum, (__m512i)bytes, _mm512_set1_epi32(digits));
@@ -79,30 +82,62 @@ template <std::size_t kCount>
 #endif
 }
 
-// The eight 16-bit results of two vectors side by side in each 128-bit lane, then sixteen bytes; all saturate.
+// Pairs of vectors side by side in each 128-bit lane, as in `packed`; all saturate.
+[[gnu::always_inline]] inline U16 narrowUnsigned(I32 a, I32 b) {
+#if QAV_KERNEL_LEVEL >= 2
+  return (U16)_mm512_packus_epi32((__m512i)a, (__m512i)b);
+#else
+  return (U16)_mm256_packus_epi32((__m256i)a, (__m256i)b);
+#endif
+}
+
+[[gnu::always_inline]] inline I16 narrowSigned(I32 a, I32 b) {
+#if QAV_KERNEL_LEVEL >= 2
+  return (I16)_mm512_packs_epi32((__m512i)a, (__m512i)b);
+#else
+  return (I16)_mm256_packs_epi32((__m256i)a, (__m256i)b);
+#endif
+}
+
+[[gnu::always_inline]] inline U8 packedBytes(I16 a, I16 b) {
+#if QAV_KERNEL_LEVEL >= 2
+  return (U8)_mm512_packus_epi16((__m512i)a, (__m512i)b);
+#else
+  return (U8)_mm256_packus_epi16((__m256i)a, (__m256i)b);
+#endif
+}
+
+[[gnu::always_inline]] inline U8 packedSigns(I16 a, I16 b) {
+#if QAV_KERNEL_LEVEL >= 2
+  return (U8)_mm512_packs_epi16((__m512i)a, (__m512i)b);
+#else
+  return (U8)_mm256_packs_epi16((__m256i)a, (__m256i)b);
+#endif
+}
+
+// The results of four vectors of sums.
 [[gnu::always_inline]] inline U8 packed(I32 a, I32 b, I32 c, I32 d) {
+  return packedBytes(narrowSigned(a, b), narrowSigned(c, d));
+}
+
+// In the same order, of lanes that are all ones or all zeros.
+[[gnu::always_inline]] inline std::uint64_t packedFlags(I32 a, I32 b, I32 c, I32 d) {
+  return signBits(packedSigns(narrowSigned(a, b), narrowSigned(c, d)));
+}
+
+[[gnu::always_inline]] inline I32 magnitude(I32 v) {
 #if QAV_KERNEL_LEVEL >= 2
-  return (U8)_mm512_packus_epi16(_mm512_packs_epi32((__m512i)a, (__m512i)b),
-                                 _mm512_packs_epi32((__m512i)c, (__m512i)d));
+  return (I32)_mm512_abs_epi32((__m512i)v);
 #else
-  return (U8)_mm256_packus_epi16(_mm256_packs_epi32((__m256i)a, (__m256i)b),
-                                 _mm256_packs_epi32((__m256i)c, (__m256i)d));
+  return (I32)_mm256_abs_epi32((__m256i)v);
 #endif
 }
 
-#if QAV_KERNEL_LEVEL >= 3
-// In the order of `packed`, with signs kept.
-[[gnu::always_inline]] inline U8 packedSigns(I32 a, I32 b, I32 c, I32 d) {
-  return (U8)_mm512_packs_epi16(_mm512_packs_epi32((__m512i)a, (__m512i)b), _mm512_packs_epi32((__m512i)c, (__m512i)d));
-}
-#endif
-
-// Bit i is set where lane i of `v` is below the bound.
-[[gnu::always_inline]] inline std::uint32_t lanesBelow(U32 v, U32 bound) {
+[[gnu::always_inline]] inline bool anyBelow(U32 v, U32 bound) {
 #if QAV_KERNEL_LEVEL >= 2
-  return _mm512_cmplt_epu32_mask((__m512i)v, (__m512i)bound);
+  return _mm512_cmplt_epu32_mask((__m512i)v, (__m512i)bound) != 0;
 #else
-  return static_cast<std::uint32_t>(_mm256_movemask_ps((__m256)(v < bound)));
+  return _mm256_movemask_ps((__m256)(v < bound)) != 0;
 #endif
 }
 
@@ -134,12 +169,13 @@ template <std::size_t kCount>
 #endif
 }
 
-// The running sum of a vector of results. (Named members: the compiler keeps arrays in memory.)
+// The running sum of a vector of results; kDigits names a ByteSum. (Named members: the compiler keeps arrays in
+// memory.)
 template <int kDigits>
 struct Sum {
   I32 high{}, middle{}, low;
 
-  [[gnu::always_inline]] explicit Sum(std::int32_t bias) : low(splat<I32>(bias)) {}
+  [[gnu::always_inline]] explicit Sum(const ByteTaps& taps) : low(splat<I32>(taps.bias)) {}
   [[gnu::always_inline]] void add(U8 bytes, const std::int32_t* digits) {
     if constexpr (kDigits == 3) {
       high = addProducts(high, bytes, digits[0]);
@@ -147,40 +183,69 @@ struct Sum {
     }
     low = addProducts(low, bytes, digits[kDigits - 1]);
   }
-  [[gnu::always_inline]] I32 total() const { return kDigits == 3 ? (((high << 7) + middle) << 7) + low : low; }
+  [[gnu::always_inline]] I32 total() const {
+    return kDigits == 3 ? (((high << kDigitBits) + middle) << kDigitBits) + low : low;
+  }
 };
 
-// Rounded results of four sums; the lanes in which one of them is too close to call, which of the four are so, and
-// (where the level can make use of it) which of the bytes.
+template <>
+struct Sum<2> {
+  I32 parts, excess;
+  std::int32_t bound;
+
+  [[gnu::always_inline]] explicit Sum(const ByteTaps& taps)
+      : parts(splat<I32>(taps.bias)), excess(splat<I32>(taps.excessBias)), bound(taps.excessBound) {}
+  [[gnu::always_inline]] void add(U8 bytes, const std::int32_t* digits) {
+    parts = addProducts(parts, bytes, digits[0]);
+    excess = addProducts(excess, bytes, digits[1]);
+  }
+  // An exact half that its excess pulls down is one less, which changes no other quotient.
+  [[gnu::always_inline]] I32 dividend() const { return parts + (excess >> 31); }
+  // Not negative where the excess does not decide.
+  [[gnu::always_inline]] I32 doubt() const { return splat<I32>(bound) - magnitude(excess); }
+};
+
+// Rounded results of four sums, and the bytes for which they are too close to call.
 struct Rounded {
   U8 bytes;
-  std::uint32_t doubtful = 0;
-  unsigned doubtfulSums = 0;
-  std::uint64_t doubtfulBytes = 0;
+  std::uint64_t doubtful = 0;
 };
 
 template <int kDigits>
 [[gnu::always_inline]] inline Rounded roundedSums(const Sum<kDigits>& s0, const Sum<kDigits>& s1,
                                                   const Sum<kDigits>& s2, const Sum<kDigits>& s3,
                                                   const ByteWeights& weights) {
-  const int shift = weights.shift[kDigits == 3 ? 2 : 1];
+  const int shift = weights.shift[kDigits];
   const I32 t0 = s0.total(), t1 = s1.total(), t2 = s2.total(), t3 = s3.total();
   Rounded rounded{packed(t0 >> shift, t1 >> shift, t2 >> shift, t3 >> shift)};
   if constexpr (kDigits == 3) {
     const int whole = 32 - shift;
     const U32 f0 = (U32)t0 << whole, f1 = (U32)t1 << whole, f2 = (U32)t2 << whole, f3 = (U32)t3 << whole;
     const U32 doubt = splat<U32>(weights.doubt);
-    rounded.doubtful = lanesBelow(min(min(f0, f1), min(f2, f3)), doubt);
-    if (rounded.doubtful) [[unlikely]] {
-      rounded.doubtfulSums = (lanesBelow(f0, doubt) ? 1u : 0u) | (lanesBelow(f1, doubt) ? 2u : 0u) |
-                             (lanesBelow(f2, doubt) ? 4u : 0u) | (lanesBelow(f3, doubt) ? 8u : 0u);
-#if QAV_KERNEL_LEVEL >= 3
-      rounded.doubtfulBytes =
-          signBits(packedSigns((I32)(f0 < doubt), (I32)(f1 < doubt), (I32)(f2 < doubt), (I32)(f3 < doubt)));
-#endif
-    }
+    if (anyBelow(min(min(f0, f1), min(f2, f3)), doubt)) [[unlikely]]
+      rounded.doubtful = packedFlags((I32)(f0 < doubt), (I32)(f1 < doubt), (I32)(f2 < doubt), (I32)(f3 < doubt));
   }
   return rounded;
+}
+
+// Sixteen bits are enough: a dividend beyond them belongs to a result beyond a byte.
+[[gnu::always_inline]] inline Rounded roundedSums(const Sum<2>& s0, const Sum<2>& s1, const Sum<2>& s2,
+                                                  const Sum<2>& s3, const ByteWeights& weights) {
+  const U16 reciprocal = splat<U16>(static_cast<std::uint16_t>(weights.reciprocal));
+  const U16 divisor = splat<U16>(static_cast<std::uint16_t>(weights.divisor));
+  const U16 low = narrowUnsigned(s0.dividend(), s1.dividend()), high = narrowUnsigned(s2.dividend(), s3.dividend());
+  const U16 lowQuotient = mulhi(low, reciprocal) >> weights.reciprocalShift;
+  const U16 highQuotient = mulhi(high, reciprocal) >> weights.reciprocalShift;
+  const I16 lowDoubt = narrowSigned(s0.doubt(), s1.doubt()), highDoubt = narrowSigned(s2.doubt(), s3.doubt());
+  // An exact half that is pulled down leaves the remainder divisor - 1.
+  const I16 none = splat<I16>(-1);
+  const auto exactHalf = [&](U16 dividend, U16 quotient) {
+    const U16 rest = dividend - quotient * divisor;
+    return (I16)(rest == U16{}) | (I16)(rest == divisor - splat<U16>(1));
+  };
+  return {packedBytes((I16)lowQuotient, (I16)highQuotient),
+          signBits(packedSigns(exactHalf(low, lowQuotient) & (I16)(lowDoubt > none),
+                               exactHalf(high, highQuotient) & (I16)(highDoubt > none)))};
 }
 
 [[gnu::always_inline]] inline void interleaveRows(const std::uint8_t* const* rows, std::size_t at, U8 (&out)[4]) {
@@ -211,7 +276,7 @@ template <int kDigits>
 [[gnu::noinline]] void decideColumns(const std::uint8_t* const* rows, std::size_t at, const ByteTaps& taps,
                                      Rounded rounded, std::uint8_t* out) {
   __m512i bytes = (__m512i)rounded.bytes;
-  for (std::uint64_t left = rounded.doubtfulBytes; left != 0;) {
+  for (std::uint64_t left = rounded.doubtful; left != 0;) {
     const std::uint64_t which = _pdep_u64(0xFFFF, left);
     left &= ~which;
     F64 low{}, high{};
@@ -224,18 +289,18 @@ template <int kDigits>
   store(out + at, (U8)bytes);
 }
 #else
-// Four lanes stand for sixteen columns.
+// Sixteen columns at a time.
 [[gnu::noinline]] void decideColumns(const std::uint8_t* const* rows, std::size_t at, const ByteTaps& taps,
                                      const Rounded& rounded, std::uint8_t* out) {
-  for (std::uint32_t doubtful = rounded.doubtful; doubtful != 0; doubtful >>= 4, at += 16)
-    if (doubtful & 15) exactColumns<16>(rows, at, taps, out);
+  for (std::uint64_t doubtful = rounded.doubtful; doubtful != 0; doubtful >>= 16, at += 16)
+    if (doubtful & 0xFFFF) exactColumns<16>(rows, at, taps, out);
 }
 #endif
 
 template <int kDigits>
 [[gnu::always_inline]] inline void integerColumns(const std::uint8_t* const* rows, std::size_t at, const ByteTaps& taps,
                                                   const ByteWeights& weights, std::uint8_t* out) {
-  Sum<kDigits> s0(taps.bias), s1(taps.bias), s2(taps.bias), s3(taps.bias);
+  Sum<kDigits> s0(taps), s1(taps), s2(taps), s3(taps);
   for (std::int32_t g = 0; g < taps.groups; ++g) {
     U8 bytes[4];
     interleaveRows(rows + 4 * g, at, bytes);
@@ -254,45 +319,42 @@ template <int kDigits>
 #endif
 
 template <class Block>
-[[gnu::always_inline]] inline void overColumns(const std::uint8_t* const* rows, std::size_t samples,
+[[gnu::always_inline]] inline void overColumns(const std::uint8_t* const* rows, std::size_t first, std::size_t end,
                                                const ByteTaps& taps, std::uint8_t* out, Block block) {
-  std::size_t at = 0;
-  for (; at + kVectorBytes <= samples; at += kVectorBytes) block(at);
+  std::size_t at = first;
+  for (; at + kVectorBytes <= end; at += kVectorBytes) block(at);
   // The last columns lie in a block that begins among those already done.
-  if (at < samples && samples >= kVectorBytes)
-    block(samples - kVectorBytes);
+  if (at < end && end - first >= kVectorBytes)
+    block(end - kVectorBytes);
   else
-    for (; at < samples; ++at) out[at] = exactSample(rows, at, taps);
+    for (; at < end; ++at) out[at] = exactSample(rows, at, taps);
 }
 
-void columns(const std::uint8_t* const* rows, std::size_t samples, const ByteTaps& taps,
+void columns(const std::uint8_t* const* rows, std::size_t first, std::size_t end, const ByteTaps& taps,
              [[maybe_unused]] const ByteWeights& weights, std::uint8_t* out) {
+  const auto over = [&](auto block) { overColumns(rows, first, end, taps, out, block); };
 #if QAV_KERNEL_LEVEL >= 1
   if (taps.sum == ByteSum::OneDigit)
-    return overColumns(rows, samples, taps, out,
-                       [&](std::size_t at) { integerColumns<1>(rows, at, taps, weights, out); });
+    return over([&](std::size_t at) { integerColumns<1>(rows, at, taps, weights, out); });
+  if (taps.sum == ByteSum::Ratio) return over([&](std::size_t at) { integerColumns<2>(rows, at, taps, weights, out); });
   if (taps.sum == ByteSum::ThreeDigits)
-    return overColumns(rows, samples, taps, out,
-                       [&](std::size_t at) { integerColumns<3>(rows, at, taps, weights, out); });
+    return over([&](std::size_t at) { integerColumns<3>(rows, at, taps, weights, out); });
 #endif
-  overColumns(rows, samples, taps, out, [&](std::size_t at) { exactColumns<kVectorBytes>(rows, at, taps, out); });
+  over([&](std::size_t at) { exactColumns<kVectorBytes>(rows, at, taps, out); });
 }
 
 #if QAV_KERNEL_LEVEL >= 1
 
 // A row pass works on as many rows as two vectors have 128-bit lanes, so that a weight is read once for both. They are
 // first brought into groups of four pixels: in each lane of a group four reds, four greens, four blues and four alphas
-// of one row. A group of the first rows stands beside that of the others.
+// of one row. A group of the first rows stands beside that of the others. This is done for as many results as look at a
+// span that a third of the first-level cache holds.
 constexpr std::size_t kRowsOfVector = kVectorBytes / 16;
 constexpr std::size_t kRows = 2 * kRowsOfVector;
 constexpr std::size_t kGroupBytes = 2 * kVectorBytes;
 constexpr std::size_t kBlock = 4;
 
-std::size_t groupsOf(std::size_t pixels) { return (pixels + 3) / 4; }
-
-std::size_t rowScratch(std::size_t pixels, const ByteWeights& weights) {
-  return (groupsOf(pixels) + static_cast<std::size_t>(weights.maxGroups) + 1) * kGroupBytes;
-}
+constexpr RowStretchShape kShape = {kBlock, 4, 16384 / kGroupBytes, kGroupBytes};
 
 [[gnu::always_inline]] inline U8 fromLanes(const __m128i (&lanes)[kRowsOfVector]) {
 #if QAV_KERNEL_LEVEL >= 2
@@ -313,36 +375,48 @@ std::size_t rowScratch(std::size_t pixels, const ByteWeights& weights) {
 }
 
 template <int kChannels>
-void gatherGroups(const std::uint8_t* const* in, std::size_t pixels, std::size_t padding, std::uint8_t* groups) {
+void gatherGroups(const std::uint8_t* const* in, std::size_t pixels, const RowStretch& stretch, std::uint8_t* groups) {
   const __m128i order = kChannels == 4 ? _mm_setr_epi8(0, 4, 8, 12, 1, 5, 9, 13, 2, 6, 10, 14, 3, 7, 11, 15)
                                        : _mm_setr_epi8(0, 3, 6, 9, 1, 4, 7, 10, 2, 5, 8, 11, -1, -1, -1, -1);
   const std::size_t bytes = pixels * kChannels;
-  std::size_t at = 0;
   const auto gather = [&](auto loadLane) {
     for (std::size_t first = 0; first < kRows; first += kRowsOfVector, groups += kVectorBytes) {
       __m128i lanes[kRowsOfVector];
-      for (std::size_t r = 0; r < kRowsOfVector; ++r) lanes[r] = loadLane(in[first + r] + at);
+      for (std::size_t r = 0; r < kRowsOfVector; ++r) lanes[r] = loadLane(in[first + r]);
       store(groups, shuffleLanes(fromLanes(lanes), order));
     }
-    at += 4 * kChannels;
   };
-  while (at + 16 <= bytes)
-    gather([](const std::uint8_t* from) { return _mm_loadu_si128(reinterpret_cast<const __m128i*>(from)); });
-  while (at < bytes)
-    gather([&](const std::uint8_t* from) {
-      __m128i lane = _mm_setzero_si128();
-      std::memcpy(&lane, from, bytes - at < 16 ? bytes - at : 16);
-      return lane;
-    });
-  std::memset(groups, 0, padding * kGroupBytes);
+  for (std::size_t g = stretch.source; g < stretch.source + stretch.length; ++g) {
+    const std::size_t at = g * 4 * kChannels;
+    if (at + 16 <= bytes)
+      gather([=](const std::uint8_t* row) { return _mm_loadu_si128(reinterpret_cast<const __m128i*>(row + at)); });
+    else
+      gather([=](const std::uint8_t* row) {
+        __m128i lane = _mm_setzero_si128();
+        std::memcpy(&lane, row + at, bytes - at);
+        return lane;
+      });
+  }
 }
 
+// Gathered groups: `first` is the number of the one that stands at `bytes`.
+struct Groups {
+  const std::uint8_t* bytes;
+  std::int32_t first;
+
+  [[gnu::always_inline]] const std::uint8_t* at(std::int32_t group) const {
+    return bytes + static_cast<std::ptrdiff_t>(group - first) * static_cast<std::ptrdiff_t>(kGroupBytes);
+  }
+  // Those of the second half of the rows.
+  [[gnu::always_inline]] Groups ofSecondRows() const { return {bytes + kVectorBytes, first}; }
+};
+
 // One pixel of the rows of a vector, four channels each.
-[[gnu::always_inline]] inline __m128i exactPixel(const std::uint8_t* groups, const ByteTaps& taps) {
+[[gnu::always_inline]] inline __m128i exactPixel(const Groups& groups, const ByteTaps& taps) {
   F64 low{}, high{};
   for (std::int32_t t = 0; t < taps.count; ++t) {
     const std::int32_t j = taps.left + t;
-    const U32 group = load<U32>(groups + static_cast<std::size_t>(j / 4) * kGroupBytes);
+    const U32 group = load<U32>(groups.at(j / 4));
     addExactly(low, high, (I32)(group >> (8 * (j % 4)) & 255u), splat<F64>(taps.weights[t]));
   }
   return roundedBytes(low, high);
@@ -363,7 +437,7 @@ void gatherGroups(const std::uint8_t* const* in, std::size_t pixels, std::size_t
 }
 
 // Decides the pixels of a four that `which` names; in each lane of `block` are the four pixels of one row.
-[[gnu::noinline]] U8 exactBlock(U8 block, const std::uint8_t* groups, const ByteTaps* taps, std::size_t count,
+[[gnu::noinline]] U8 exactBlock(U8 block, const Groups& groups, const ByteTaps* taps, std::size_t count,
                                 unsigned which) {
   for (std::size_t p = 0; p < count; ++p)
     if (which >> p & 1u) block = withPixels(block, p, exactPixel(groups, taps[p]));
@@ -375,9 +449,8 @@ template <int kDigits>
 struct PixelSum {
   Sum<kDigits> first, second;
 
-  [[gnu::always_inline]] PixelSum(const std::uint8_t* groups, const ByteTaps& taps)
-      : first(taps.bias), second(taps.bias) {
-    const std::uint8_t* from = groups + static_cast<std::size_t>(taps.firstGroup) * kGroupBytes;
+  [[gnu::always_inline]] PixelSum(const Groups& groups, const ByteTaps& taps) : first(taps), second(taps) {
+    const std::uint8_t* from = taps.groups > 0 ? groups.at(taps.firstGroup) : groups.bytes;
     const std::int32_t* digits = taps.digits;
     for (std::int32_t g = 0; g < taps.groups; ++g, from += kGroupBytes, digits += kDigits) {
       U8 bytes = load<U8>(from), others = load<U8>(from + kVectorBytes);
@@ -391,19 +464,26 @@ struct PixelSum {
   }
 };
 
+// Which pixels of a four have a byte in any of the rows among these.
+[[gnu::always_inline]] inline unsigned doubtfulPixels(std::uint64_t bytes) {
+  bytes |= bytes >> 32;
+  bytes |= bytes >> 16;
+  return (bytes & 0xF ? 1u : 0u) | (bytes & 0xF0 ? 2u : 0u) | (bytes & 0xF00 ? 4u : 0u) | (bytes & 0xF000 ? 8u : 0u);
+}
+
 struct Block {
   U8 first, second;
 };
 
-[[gnu::always_inline]] inline U8 decidedBlock(const Rounded& rounded, const std::uint8_t* groups, const ByteTaps* taps,
+[[gnu::always_inline]] inline U8 decidedBlock(const Rounded& rounded, const Groups& groups, const ByteTaps* taps,
                                               std::size_t count) {
   if (rounded.doubtful) [[unlikely]]
-    return exactBlock(rounded.bytes, groups, taps, count, rounded.doubtfulSums);
+    return exactBlock(rounded.bytes, groups, taps, count, doubtfulPixels(rounded.doubtful));
   return rounded.bytes;
 }
 
 template <int kDigits>
-[[gnu::always_inline]] inline Block integerBlock(const std::uint8_t* groups, const ByteTaps* taps, std::size_t count,
+[[gnu::always_inline]] inline Block integerBlock(const Groups& groups, const ByteTaps* taps, std::size_t count,
                                                  const ByteWeights& weights) {
   const PixelSum<kDigits> s0(groups, taps[0]);
   const PixelSum<kDigits> s1(groups, taps[count > 1 ? 1 : 0]);
@@ -411,11 +491,11 @@ template <int kDigits>
   const PixelSum<kDigits> s3(groups, taps[count > 3 ? 3 : 0]);
   const Rounded first = roundedSums(s0.first, s1.first, s2.first, s3.first, weights);
   const Rounded second = roundedSums(s0.second, s1.second, s2.second, s3.second, weights);
-  return {decidedBlock(first, groups, taps, count), decidedBlock(second, groups + kVectorBytes, taps, count)};
+  return {decidedBlock(first, groups, taps, count), decidedBlock(second, groups.ofSecondRows(), taps, count)};
 }
 
-[[gnu::noinline]] Block exactBlocks(const std::uint8_t* groups, const ByteTaps* taps, std::size_t count) {
-  return {exactBlock(U8{}, groups, taps, count, 15), exactBlock(U8{}, groups + kVectorBytes, taps, count, 15)};
+[[gnu::noinline]] Block exactBlocks(const Groups& groups, const ByteTaps* taps, std::size_t count) {
+  return {exactBlock(U8{}, groups, taps, count, 15), exactBlock(U8{}, groups.ofSecondRows(), taps, count, 15)};
 }
 
 template <int kLane>
@@ -449,61 +529,68 @@ template <int kChannels>
 }
 
 template <int kChannels>
-void rowsOf(const std::uint8_t* groups, const ByteTaps* taps, std::size_t count, const ByteWeights& weights,
-            std::size_t rowCount, std::uint8_t* const* out) {
-  for (std::size_t x = 0; x < count; x += kBlock) {
-    const std::size_t here = count - x < kBlock ? count - x : kBlock;
-    const Block block = taps[x].sum == ByteSum::ThreeDigits ? integerBlock<3>(groups, taps + x, here, weights)
-                        : taps[x].sum == ByteSum::OneDigit  ? integerBlock<1>(groups, taps + x, here, weights)
-                                                            : exactBlocks(groups, taps + x, here);
-    storeBlock<kChannels>(block.first, x, count, rowCount, out);
-    if (rowCount > kRowsOfVector)
-      storeBlock<kChannels>(block.second, x, count, rowCount - kRowsOfVector, out + kRowsOfVector);
-  }
+[[gnu::always_inline]] inline void resampleFour(const Groups& groups, const ByteTaps* taps, std::size_t x,
+                                                std::size_t count, const ByteWeights& weights, std::size_t rowCount,
+                                                std::uint8_t* const* out) {
+  const std::size_t here = count - x < kBlock ? count - x : kBlock;
+  const Block block = taps[x].sum == ByteSum::ThreeDigits ? integerBlock<3>(groups, taps + x, here, weights)
+                      : taps[x].sum == ByteSum::Ratio     ? integerBlock<2>(groups, taps + x, here, weights)
+                      : taps[x].sum == ByteSum::OneDigit  ? integerBlock<1>(groups, taps + x, here, weights)
+                                                          : exactBlocks(groups, taps + x, here);
+  storeBlock<kChannels>(block.first, x, count, rowCount, out);
+  if (rowCount > kRowsOfVector)
+    storeBlock<kChannels>(block.second, x, count, rowCount - kRowsOfVector, out + kRowsOfVector);
 }
 
-void rows(const std::uint8_t* const* in, std::size_t rowCount, std::size_t pixels, int channels, const ByteTaps* taps,
-          std::size_t count, const ByteWeights& weights, std::uint8_t* const* out, std::uint8_t* scratch) {
+template <int kChannels>
+void rowsOf(const ByteRows& in, const ByteTaps* taps, const ByteWeights& weights, const RowStretch* stretches,
+            std::size_t stretchCount, std::uint8_t* const* out, std::uint8_t* scratch) {
+  const std::size_t count = stretches[stretchCount - 1].end;
   const std::uint8_t* sources[kRows];
-  for (std::size_t r = 0; r < kRows; ++r) sources[r] = in[r < rowCount ? r : 0];
-  const auto padding = static_cast<std::size_t>(weights.maxGroups) + 1;
-  if (channels == 4) {
-    gatherGroups<4>(sources, pixels, padding, scratch);
-    rowsOf<4>(scratch, taps, count, weights, rowCount, out);
-  } else {
-    gatherGroups<3>(sources, pixels, padding, scratch);
-    rowsOf<3>(scratch, taps, count, weights, rowCount, out);
+  for (std::size_t r = 0; r < kRows; ++r) sources[r] = in.rows[r < in.count ? r : 0];
+  for (std::size_t s = 0; s < stretchCount; ++s) {
+    const RowStretch& stretch = stretches[s];
+    gatherGroups<kChannels>(sources, in.pixels, stretch, scratch);
+    const Groups groups = {scratch, static_cast<std::int32_t>(stretch.source)};
+    for (std::size_t x = stretch.first; x < stretch.end; x += kBlock)
+      resampleFour<kChannels>(groups, taps, x, count, weights, in.count, out);
   }
 }
 
 #else
 
+constexpr int kDigitBits = 7;
 constexpr std::size_t kRows = 1;
+constexpr RowStretchShape kShape = {1, 1, 1, 0};
 
-std::size_t rowScratch(std::size_t, const ByteWeights&) { return 0; }
-
-void rows(const std::uint8_t* const* in, std::size_t rowCount, std::size_t, int channels, const ByteTaps* taps,
-          std::size_t count, const ByteWeights&, std::uint8_t* const* out, std::uint8_t*) {
-  const auto step = static_cast<std::size_t>(channels);
-  for (std::size_t r = 0; r < rowCount; ++r) {
-    for (std::size_t x = 0; x < count; ++x) {
-      double sums[4] = {};
-      const std::uint8_t* from = in[r] + static_cast<std::size_t>(taps[x].left) * step;
-      for (std::int32_t t = 0; t < taps[x].count; ++t, from += step)
-        for (std::size_t c = 0; c < step; ++c) sums[c] += static_cast<double>(from[c]) * taps[x].weights[t];
-      std::uint8_t rounded[4];
-      storeRounded(rounded, F64{sums[0], sums[1]});
-      storeRounded(rounded + 2, F64{sums[2], sums[3]});
-      std::memcpy(out[r] + x * step, rounded, step);
-    }
+template <int kChannels>
+void rowsOf(const ByteRows& in, const ByteTaps* taps, const ByteWeights&, const RowStretch* stretches,
+            std::size_t stretchCount, std::uint8_t* const* out, std::uint8_t*) {
+  for (std::size_t x = 0; x < stretches[stretchCount - 1].end; ++x) {
+    double sums[4] = {};
+    const std::uint8_t* from = in.rows[0] + static_cast<std::size_t>(taps[x].left) * kChannels;
+    for (std::int32_t t = 0; t < taps[x].count; ++t, from += kChannels)
+      for (std::size_t c = 0; c < kChannels; ++c) sums[c] += static_cast<double>(from[c]) * taps[x].weights[t];
+    std::uint8_t rounded[4];
+    storeRounded(rounded, F64{sums[0], sums[1]});
+    storeRounded(rounded + 2, F64{sums[2], sums[3]});
+    std::memcpy(out[0] + x * kChannels, rounded, kChannels);
   }
 }
 
 #endif
 
+void rows(const ByteRows& in, const ByteTaps* taps, const ByteWeights& weights, const RowStretch* stretches,
+          std::size_t stretchCount, std::uint8_t* const* out, std::uint8_t* scratch) {
+  if (in.channels == 4)
+    rowsOf<4>(in, taps, weights, stretches, stretchCount, out, scratch);
+  else
+    rowsOf<3>(in, taps, weights, stretches, stretchCount, out, scratch);
+}
+
 }  // namespace
 
 extern const ByteResamplingKernels byteResampling;
-const ByteResamplingKernels byteResampling = {kRows, QAV_KERNEL_LEVEL >= 3 ? 127 : 64, &rowScratch, &rows, &columns};
+const ByteResamplingKernels byteResampling = {kRows, kDigitBits, kShape, &rows, &columns};
 
 #include "RegionEnd.h"

@@ -43,11 +43,11 @@ void columnBlock(const float* const* rows, std::size_t at, const FloatTaps& taps
   for (std::size_t v = 0; v < kVectors; ++v) storeAsFloats(out + at + v * kDoubles, sums[v]);
 }
 
-void columns(const float* const* rows, std::size_t samples, const FloatTaps& taps, float* out) {
-  std::size_t at = 0;
-  for (; at + 8 * kDoubles <= samples; at += 8 * kDoubles) columnBlock<8>(rows, at, taps, out);
-  for (; at + kDoubles <= samples; at += kDoubles) columnBlock<1>(rows, at, taps, out);
-  for (; at < samples; ++at) {
+void columns(const float* const* rows, std::size_t first, std::size_t end, const FloatTaps& taps, float* out) {
+  std::size_t at = first;
+  for (; at + 8 * kDoubles <= end; at += 8 * kDoubles) columnBlock<8>(rows, at, taps, out);
+  for (; at + kDoubles <= end; at += kDoubles) columnBlock<1>(rows, at, taps, out);
+  for (; at < end; ++at) {
     double sum = 0.0;
     for (std::int32_t t = 0; t < taps.count; ++t) sum += static_cast<double>(rows[t][at]) * taps.weights[t];
     out[at] = static_cast<float>(sum);
@@ -56,14 +56,13 @@ void columns(const float* const* rows, std::size_t samples, const FloatTaps& tap
 
 #if QAV_KERNEL_LEVEL >= 1
 
-// A pixel of each row in four lanes; two vectors of such pixels at a time, which share their weights. Source pixels are
-// turned into doubles once, just before the first result that looks at them.
+// A pixel of each row in four lanes; several vectors of such pixels at a time, which share their weights. Source pixels
+// are first turned into doubles, for as many results as look at a span that a third of the first-level cache holds.
 constexpr std::size_t kRowsOfVector = kDoubles / 4;
-constexpr std::size_t kRows = 2 * kRowsOfVector;
-constexpr std::size_t kPixelDoubles = 2 * kDoubles;
-constexpr std::size_t kPixelsAhead = 16;
-
-std::size_t rowScratch(std::size_t pixels) { return pixels * kPixelDoubles; }
+constexpr std::size_t kVectors = 4;
+constexpr std::size_t kRows = kVectors * kRowsOfVector;
+constexpr std::size_t kPixelDoubles = kVectors * kDoubles;
+constexpr RowStretchShape kShape = {1, 1, 2048 / kPixelDoubles, kPixelDoubles};
 
 template <int kChannels>
 [[gnu::always_inline]] inline __m128 loadPixel(const float* from) {
@@ -100,74 +99,80 @@ template <int kChannels>
 #endif
 }
 
+// Meanwhile the same pixels of the rows `ahead` samples further on are called into the cache.
 template <int kChannels>
-void widenPixels(const float* const* rows, std::size_t from, std::size_t to, double* pixels) {
-  for (std::size_t x = from; x < to; ++x) {
-    store(pixels + x * kPixelDoubles, loadPixels<kChannels>(rows, x * kChannels));
-    store(pixels + x * kPixelDoubles + kDoubles, loadPixels<kChannels>(rows + kRowsOfVector, x * kChannels));
+void widenPixels(const float* const* rows, const RowStretch& stretch, std::size_t ahead, double* pixels) {
+  for (std::size_t x = stretch.source; x < stretch.source + stretch.length; ++x, pixels += kPixelDoubles) {
+    // Four pixels are at most a cache line.
+    for (std::size_t r = x % 4; r < kRows; r += 4)
+      _mm_prefetch(reinterpret_cast<const char*>(rows[r] + x * kChannels + ahead), _MM_HINT_T1);
+#pragma GCC unroll 4
+    for (std::size_t v = 0; v < kVectors; ++v)
+      store(pixels + v * kDoubles, loadPixels<kChannels>(rows + v * kRowsOfVector, x * kChannels));
   }
 }
 
 template <int kChannels>
-void rowsOf(const float* const* in, std::size_t rowCount, std::size_t pixels, const FloatTaps* taps, std::size_t count,
+[[gnu::always_inline]] inline void sumPixels(const double* pixel, const FloatTaps& taps, std::size_t at,
+                                             std::size_t rowCount, float* const* out) {
+  F64 sums[kVectors] = {};
+  for (std::int32_t t = 0; t < taps.count; ++t, pixel += kPixelDoubles) {
+    const F64 weight = splat<F64>(taps.weights[t]);
+#pragma GCC unroll 4
+    for (std::size_t v = 0; v < kVectors; ++v) sums[v] += load<F64>(pixel + v * kDoubles) * weight;
+  }
+#pragma GCC unroll 4
+  for (std::size_t v = 0; v < kVectors; ++v)
+    if (rowCount > v * kRowsOfVector)
+      storePixels<kChannels>(out + v * kRowsOfVector, rowCount - v * kRowsOfVector, at * kChannels, sums[v]);
+}
+
+template <int kChannels>
+void rowsOf(const FloatRows& in, const FloatTaps* taps, const RowStretch* stretches, std::size_t stretchCount,
             float* const* out, double* scratch) {
   const float* sources[kRows];
-  for (std::size_t r = 0; r < kRows; ++r) sources[r] = in[r < rowCount ? r : 0];
-  const std::size_t secondRows = rowCount > kRowsOfVector ? rowCount - kRowsOfVector : 0;
-  std::size_t widened = 0;
-  for (std::size_t x = 0; x < count; ++x) {
-    const auto left = static_cast<std::size_t>(taps[x].left), end = left + static_cast<std::size_t>(taps[x].count);
-    if (end > widened) {
-      const std::size_t ahead = pixels - end < kPixelsAhead ? pixels : end + kPixelsAhead;
-      widenPixels<kChannels>(sources, widened, ahead, scratch);
-      widened = ahead;
+  for (std::size_t r = 0; r < kRows; ++r) sources[r] = in.rows[r < in.count ? r : 0];
+  for (std::size_t s = 0; s < stretchCount; ++s) {
+    const RowStretch& stretch = stretches[s];
+    widenPixels<kChannels>(sources, stretch, in.ahead, scratch);
+    for (std::size_t x = stretch.first; x < stretch.end; ++x) {
+      const std::size_t first = taps[x].count > 0 ? static_cast<std::size_t>(taps[x].left) - stretch.source : 0;
+      sumPixels<kChannels>(scratch + first * kPixelDoubles, taps[x], x, in.count, out);
     }
-    const double* pixel = scratch + left * kPixelDoubles;
-    F64 first{}, second{};
-    for (std::int32_t t = 0; t < taps[x].count; ++t, pixel += kPixelDoubles) {
-      const F64 weight = splat<F64>(taps[x].weights[t]);
-      first += load<F64>(pixel) * weight;
-      second += load<F64>(pixel + kDoubles) * weight;
-    }
-    storePixels<kChannels>(out, rowCount, x * kChannels, first);
-    if (secondRows > 0) storePixels<kChannels>(out + kRowsOfVector, secondRows, x * kChannels, second);
   }
 }
 
 #else
 
 constexpr std::size_t kRows = 1;
-
-std::size_t rowScratch(std::size_t) { return 0; }
+constexpr RowStretchShape kShape = {1, 1, 1, 0};
 
 template <int kChannels>
-void rowsOf(const float* const* in, std::size_t rowCount, std::size_t, const FloatTaps* taps, std::size_t count,
+void rowsOf(const FloatRows& in, const FloatTaps* taps, const RowStretch* stretches, std::size_t stretchCount,
             float* const* out, double*) {
-  for (std::size_t r = 0; r < rowCount; ++r) {
-    for (std::size_t x = 0; x < count; ++x) {
-      double sums[kChannels] = {};
-      const float* from = in[r] + static_cast<std::size_t>(taps[x].left) * kChannels;
-      for (std::int32_t t = 0; t < taps[x].count; ++t, from += kChannels)
-        for (int c = 0; c < kChannels; ++c) sums[c] += static_cast<double>(from[c]) * taps[x].weights[t];
-      for (int c = 0; c < kChannels; ++c)
-        out[r][x * kChannels + static_cast<std::size_t>(c)] = static_cast<float>(sums[c]);
-    }
+  for (std::size_t x = 0; x < stretches[stretchCount - 1].end; ++x) {
+    double sums[kChannels] = {};
+    const float* from = in.rows[0] + static_cast<std::size_t>(taps[x].left) * kChannels;
+    for (std::int32_t t = 0; t < taps[x].count; ++t, from += kChannels)
+      for (int c = 0; c < kChannels; ++c) sums[c] += static_cast<double>(from[c]) * taps[x].weights[t];
+    for (int c = 0; c < kChannels; ++c)
+      out[0][x * kChannels + static_cast<std::size_t>(c)] = static_cast<float>(sums[c]);
   }
 }
 
 #endif
 
-void rows(const float* const* in, std::size_t rowCount, std::size_t pixels, int channels, const FloatTaps* taps,
-          std::size_t count, float* const* out, double* scratch) {
-  if (channels == 4)
-    rowsOf<4>(in, rowCount, pixels, taps, count, out, scratch);
+void rows(const FloatRows& in, const FloatTaps* taps, const RowStretch* stretches, std::size_t stretchCount,
+          float* const* out, double* scratch) {
+  if (in.channels == 4)
+    rowsOf<4>(in, taps, stretches, stretchCount, out, scratch);
   else
-    rowsOf<3>(in, rowCount, pixels, taps, count, out, scratch);
+    rowsOf<3>(in, taps, stretches, stretchCount, out, scratch);
 }
 
 }  // namespace
 
 extern const FloatResamplingKernels floatResampling;
-const FloatResamplingKernels floatResampling = {kRows, &rowScratch, &rows, &columns};
+const FloatResamplingKernels floatResampling = {kRows, kShape, &rows, &columns};
 
 #include "RegionEnd.h"

@@ -1,0 +1,53 @@
+#pragma once
+
+#include "kernels/RowStretch.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <span>
+#include <vector>
+
+namespace qav {
+
+/// The units of source pixels that some positions look at.
+template <class Taps>
+kernels::RowStretch unitsOf(std::span<const Taps> taps, std::size_t first, std::size_t end, std::size_t unit) {
+  std::size_t begin = 0, behind = 0;
+  for (const Taps& position : taps.subspan(first, end - first)) {
+    if (position.count == 0) continue;
+    const auto left = static_cast<std::size_t>(position.left), count = static_cast<std::size_t>(position.count);
+    begin = behind == 0 ? left / unit : std::min(begin, left / unit);
+    behind = std::max(behind, (left + count + unit - 1) / unit);
+  }
+  return {first, end, begin, behind - begin};
+}
+
+/// Divides positions into stretches, each as long as the shape allows.
+template <class Taps>
+std::vector<kernels::RowStretch> rowStretches(std::span<const Taps> taps, const kernels::RowStretchShape& shape) {
+  std::vector<kernels::RowStretch> stretches;
+  for (std::size_t x = 0; x < taps.size(); x += shape.step) {
+    const auto next = unitsOf(taps, x, std::min(taps.size(), x + shape.step), shape.unit);
+    if (!stretches.empty()) {
+      kernels::RowStretch& last = stretches.back();
+      const std::size_t length = std::max(last.length, next.source + next.length - last.source);
+      if (last.length > 0 && next.length > 0 && next.source >= last.source && length <= shape.span) {
+        last.end = next.end;
+        last.length = length;
+        continue;
+      }
+    }
+    stretches.push_back(next);
+  }
+  return stretches;
+}
+
+/// Scratch memory for any of the stretches.
+inline std::size_t scratchFor(const std::vector<kernels::RowStretch>& stretches,
+                              const kernels::RowStretchShape& shape) {
+  std::size_t longest = 0;
+  for (const kernels::RowStretch& stretch : stretches) longest = std::max(longest, stretch.length);
+  return longest * shape.scratch;
+}
+
+}  // namespace qav
