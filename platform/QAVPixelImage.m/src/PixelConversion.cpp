@@ -1,4 +1,5 @@
 #include "PixelConversion.h"
+#include "Luma.h"
 #include "PixelLayout.h"
 
 #include <algorithm>
@@ -36,10 +37,9 @@ void convertSamples(const void* source, void* destination, std::size_t pixels) {
   for (std::size_t i = 0; i < pixels * Channels; ++i) to[i] = convertSample(from[i], To());
 }
 
-// (n + 5000) / 10000 for the luma sums n, at most 2550000, as one multiplication and a shift.
-std::uint8_t luma(unsigned red, unsigned green, unsigned blue) {
-  const std::uint64_t sum = 2126 * red + 7152 * green + 722 * blue + 5000;
-  return static_cast<std::uint8_t>(sum * 109951163 >> 40);
+template <int From>
+void takeLuma(const void* source, void* destination, std::size_t pixels) {
+  lumaOfPixels(static_cast<const std::uint8_t*>(source), pixels, From, static_cast<std::uint8_t*>(destination));
 }
 
 template <class T, int From, int To>
@@ -65,10 +65,8 @@ constexpr Step kByteLayouts[4][4] = {
      changeChannels<std::uint8_t, 1, 4>},
     {changeChannels<std::uint8_t, 2, 1>, nullptr, changeChannels<std::uint8_t, 2, 3>,
      changeChannels<std::uint8_t, 2, 4>},
-    {changeChannels<std::uint8_t, 3, 1>, changeChannels<std::uint8_t, 3, 2>, nullptr,
-     changeChannels<std::uint8_t, 3, 4>},
-    {changeChannels<std::uint8_t, 4, 1>, changeChannels<std::uint8_t, 4, 2>, changeChannels<std::uint8_t, 4, 3>,
-     nullptr},
+    {takeLuma<3>, changeChannels<std::uint8_t, 3, 2>, nullptr, changeChannels<std::uint8_t, 3, 4>},
+    {takeLuma<4>, changeChannels<std::uint8_t, 4, 2>, changeChannels<std::uint8_t, 4, 3>, nullptr},
 };
 
 template <class T>
