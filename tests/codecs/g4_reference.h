@@ -51,12 +51,17 @@ class ReferenceDecoder {
     return cut ? -2 : -1;
   }
 
-  int readRun(bool black, std::int64_t& run) {
+  static std::vector<CCITTCode> runCodes(bool black) {
     std::vector<CCITTCode> codes;
     for (int n = 0; n < 64; ++n) codes.push_back(ccittTerminatingCode(black, n));
     for (int n = 64; n <= 2560; n += 64) codes.push_back(ccittMakeUpCode(black, n));
+    return codes;
+  }
+
+  int readRun(bool black, std::int64_t& run) {
+    static const std::vector<CCITTCode> codes[] = {runCodes(false), runCodes(true)};
     for (run = 0;;) {
-      const int code = read(codes);
+      const int code = read(codes[black]);
       if (code < 0) return code == -1 ? 14601 : 14901;
       run += code < 64 ? code : (code - 63) * 64;
       if (code < 64) return 0;
