@@ -52,7 +52,8 @@ inline std::vector<std::uint8_t> packed(const std::vector<std::vector<bool>>& ro
 }
 
 /// Where libtiff decodes without any complaint, the rows that this library decodes are the same. There may be fewer of
-/// them: libtiff takes a page without its end code, and one that an end code cuts short.
+/// them: libtiff takes a page without its end code, and one that an end code cuts short. Below a row with an empty run
+/// they may differ: libtiff remembers its changing elements, where this library looks at the pixels.
 inline void expectLibtiffAgrees(const std::vector<std::uint8_t>& coded, int width, int height) {
   test::TiffStrip strip(width, height);
   expect(strip.setCoded(coded));
@@ -61,8 +62,11 @@ inline void expectLibtiffAgrees(const std::vector<std::uint8_t>& coded, int widt
   int size[2] = {width, height}, rows = 0, error = 0;
   std::vector<std::uint8_t> bitmap((static_cast<std::size_t>(width) * static_cast<std::size_t>(height) + 7) / 8);
   CCITT_G4_dec(coded.data(), static_cast<int>(coded.size()), size, bitmap.data(), rows, error);
+  test::g4::ReferenceDecoder reference(coded, width, height);
+  reference.decode();
+  const int alike = std::min(rows, reference.rowsWithoutEmptyRuns + 1);
   const std::size_t stride = (static_cast<std::size_t>(width) + 7) / 8;
-  for (std::size_t y = 0, i = 0; y < static_cast<std::size_t>(rows); ++y)
+  for (std::size_t y = 0, i = 0; y < static_cast<std::size_t>(alike); ++y)
     for (std::size_t x = 0; x < static_cast<std::size_t>(width); ++x, ++i)
       expect((bitmap[i / 8] << i % 8 & 0x80) == (theirs[y * stride + x / 8] << x % 8 & 0x80));
 }
@@ -71,7 +75,7 @@ inline void expectLibtiffAgrees(const std::vector<std::uint8_t>& coded, int widt
 /// code in a few places: the decoder does as the plain one does, and as libtiff.
 inline void g4_pages(std::span<const std::uint8_t> bytes) {
   Input input(bytes);
-  const int width = 1 + input.below(6000), height = 1 + input.below(24), damages = input.byte() % 4;
+  const int width = 1 + input.below(3000), height = 1 + input.below(16), damages = input.byte() % 4;
   std::uint8_t damage[3][3];
   for (auto& at : damage)
     for (auto& byte : at) byte = input.byte();
