@@ -146,7 +146,7 @@ void compareDamagedPages() {
     const Bitmap page = makePage(width, 1 + static_cast<int>(random() % 12), round % kKinds, random);
     Bytes data = encode(page, roomFor(page)).bytes;
     if (round % 3 != 0) data.resize(1 + random() % data.size());
-    for (unsigned flips = round % 4; flips > 0; --flips) {
+    for (int flips = round % 4; flips > 0; --flips) {
       std::uint8_t& byte = data[random() % data.size()];
       byte = static_cast<std::uint8_t>(byte ^ 1 << random() % 8);
     }
