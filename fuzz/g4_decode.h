@@ -6,6 +6,7 @@
 
 #include <CCITT_G4.h>
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <span>
@@ -42,10 +43,12 @@ inline void decodePage(const std::vector<std::uint8_t>& data, int width, int hei
   expectRoundTrip(expected, width, height);
 }
 
-/// The first four bytes are width and height, the rest is the data.
+/// The first four bytes are width and height, the rest is the data. The plain decoder takes long, so wide pages are
+/// low.
 inline void g4_decode(std::span<const std::uint8_t> input) {
   if (input.size() < 5) return;
-  const int width = 1 + (input[0] << 8 | input[1]) % 5000, height = 1 + (input[2] << 8 | input[3]) % 300;
+  const int width = 1 + (input[0] << 8 | input[1]) % 5000;
+  const int height = 1 + (input[2] << 8 | input[3]) % std::min(300, 100000 / width);
   decodePage({input.begin() + 4, input.end()}, width, height);
 }
 
