@@ -1,11 +1,9 @@
 #pragma once
 
-#include <tiffio.h>
+#include "tests/support/MemoryTiff.h"
 
-#include <algorithm>
 #include <cstddef>
 #include <cstdint>
-#include <cstring>
 #include <vector>
 
 namespace qav::test {
@@ -22,8 +20,8 @@ class TiffStrip {
     return write([&](TIFF* tiff) { return TIFFWriteRawStrip(tiff, 0, data.data(), count(data)); });
   }
   std::vector<std::uint8_t> coded() {
-    std::vector<std::uint8_t> data(file_.size());
-    TIFF* const tiff = open("r");
+    std::vector<std::uint8_t> data(file_.bytes.size());
+    TIFF* const tiff = file_.open("r");
     data.resize(static_cast<std::size_t>(TIFFReadRawStrip(tiff, 0, data.data(), count(data))));
     TIFFClose(tiff);
     return data;
@@ -33,7 +31,7 @@ class TiffStrip {
     std::vector<std::uint8_t> rows((static_cast<std::size_t>(width_) + 7) / 8 * static_cast<std::size_t>(height_));
     complaints() = 0;
     const auto previousError = TIFFSetErrorHandler(&complain), previousWarning = TIFFSetWarningHandler(&complain);
-    TIFF* const tiff = open("r");
+    TIFF* const tiff = file_.open("r");
     const bool whole = tiff && TIFFReadEncodedStrip(tiff, 0, rows.data(), count(rows)) == count(rows);
     if (tiff) TIFFClose(tiff);
     TIFFSetErrorHandler(previousError);
@@ -50,38 +48,10 @@ class TiffStrip {
   static void complain(const char*, const char*, va_list) { ++complaints(); }
   static tmsize_t count(const std::vector<std::uint8_t>& bytes) { return static_cast<tmsize_t>(bytes.size()); }
 
-  static tmsize_t readFile(thandle_t handle, void* to, tmsize_t n) {
-    auto& f = *static_cast<TiffStrip*>(handle);
-    const std::size_t got = std::min(static_cast<std::size_t>(n), f.file_.size() - std::min(f.at_, f.file_.size()));
-    if (got > 0) std::memcpy(to, f.file_.data() + f.at_, got);
-    f.at_ += got;
-    return static_cast<tmsize_t>(got);
-  }
-  static tmsize_t writeFile(thandle_t handle, void* from, tmsize_t n) {
-    auto& f = *static_cast<TiffStrip*>(handle);
-    f.file_.resize(std::max(f.file_.size(), f.at_ + static_cast<std::size_t>(n)));
-    std::memcpy(f.file_.data() + f.at_, from, static_cast<std::size_t>(n));
-    f.at_ += static_cast<std::size_t>(n);
-    return n;
-  }
-  static toff_t seekFile(thandle_t handle, toff_t to, int whence) {
-    auto& f = *static_cast<TiffStrip*>(handle);
-    return f.at_ = static_cast<std::size_t>(to) + (whence == SEEK_CUR   ? f.at_
-                                                   : whence == SEEK_END ? f.file_.size()
-                                                                        : 0);
-  }
-  static int closeFile(thandle_t) { return 0; }
-  static toff_t sizeOfFile(thandle_t handle) { return static_cast<TiffStrip*>(handle)->file_.size(); }
-
-  TIFF* open(const char* mode) {
-    at_ = 0;
-    return TIFFClientOpen("memory", mode, this, &readFile, &writeFile, &seekFile, &closeFile, &sizeOfFile, nullptr,
-                          nullptr);
-  }
   template <class Write>
   bool write(Write strip) {
-    file_.clear();
-    TIFF* const tiff = open("w");
+    file_.bytes.clear();
+    TIFF* const tiff = file_.open("w");
     TIFFSetField(tiff, TIFFTAG_IMAGEWIDTH, width_);
     TIFFSetField(tiff, TIFFTAG_IMAGELENGTH, height_);
     TIFFSetField(tiff, TIFFTAG_COMPRESSION, COMPRESSION_CCITTFAX4);
@@ -94,8 +64,7 @@ class TiffStrip {
   }
 
   int width_, height_;
-  std::vector<std::uint8_t> file_;
-  std::size_t at_ = 0;
+  MemoryTiff file_;
 };
 
 }  // namespace qav::test
