@@ -34,8 +34,8 @@ QAV_EXPORT HRESULT RunLengthDecode(const std::uint8_t* src, unsigned int srcLen,
 /// Decodes base-85 text, all of it: "~>" ends a group but not the text.
 ///
 /// White space is skipped everywhere: NUL, backspace, tab, line feed, form feed, carriage return, space and DEL, but
-/// not vertical tab. A group of 2, 3 or 4 digits before "~>" or at the end gives 1, 2 or 3 bytes: one unit of the first
-/// missing digit is added to its value, and the top bytes are taken. A group's value wraps at 2^32.
+/// not vertical tab. A group of 2, 3 or 4 digits before "~>" or at the end gives 1, 2 or 3 bytes: one unit of its last
+/// digit is added to its value, and the top bytes are taken. A group's value wraps at 2^32.
 ///
 /// E_UNEXPECTED for malformed text (a character that is none of these, 'z' within a group, '~' without '>', a group of
 /// one digit); with `sizeOnly` 0 that, and a result without bytes, is E_FAIL. Any other `sizeOnly` checks the text

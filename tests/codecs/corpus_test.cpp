@@ -1,14 +1,18 @@
 #include "support/Corpus.h"
-#include "fuzz/block_raster.h"
-#include "fuzz/g4_decode.h"
-#include "support/Levels.h"
+#include "fuzz/block_records.h"
+#include "fuzz/g4_pages.h"
+#include "fuzz/sgi_rows.h"
 
 namespace qav::test {
 namespace {
 
 TEST(CodecCorpora, Replay) {
-  atEveryLevel([] { replayCorpus("g4_decode", fuzz::g4_decode); });
+  replayCorpus("g4_decode", fuzz::g4_decode);
+  replayCorpus("g4_pages", fuzz::g4_pages);
   replayCorpus("block_raster", fuzz::block_raster);
+  replayCorpus("block_records", fuzz::block_records);
+  replayCorpus("read_rgb", fuzz::read_rgb);
+  replayCorpus("sgi_rows", fuzz::sgi_rows);
 }
 
 }  // namespace

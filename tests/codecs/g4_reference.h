@@ -16,12 +16,15 @@ class ReferenceDecoder {
 
   int rows = 0;
   std::vector<bool> pixels;
+  /// The rows up to the first with a run of length 0 that does not begin it; such runs leave no trace in the pixels.
+  int rowsWithoutEmptyRuns = 0;
 
   int decode() {
     for (; rows < height_; ++rows) {
       std::vector<bool> row;
       if (const int error = decodeRow(row)) return error;
       pixels.insert(pixels.end(), row.begin(), row.end());
+      if (rowsWithoutEmptyRuns == rows && !hasEmptyRun_) ++rowsWithoutEmptyRuns;
       above_ = row;
     }
     std::uint32_t end = 0;
@@ -51,12 +54,17 @@ class ReferenceDecoder {
     return cut ? -2 : -1;
   }
 
-  int readRun(bool black, std::int64_t& run) {
+  static std::vector<CCITTCode> runCodes(bool black) {
     std::vector<CCITTCode> codes;
     for (int n = 0; n < 64; ++n) codes.push_back(ccittTerminatingCode(black, n));
     for (int n = 64; n <= 2560; n += 64) codes.push_back(ccittMakeUpCode(black, n));
+    return codes;
+  }
+
+  int readRun(bool black, std::int64_t& run) {
+    static const std::vector<CCITTCode> codes[] = {runCodes(false), runCodes(true)};
     for (run = 0;;) {
-      const int code = read(codes);
+      const int code = read(codes[black]);
       if (code < 0) return code == -1 ? 14601 : 14901;
       run += code < 64 ? code : (code - 63) * 64;
       if (code < 64) return 0;
@@ -76,6 +84,13 @@ class ReferenceDecoder {
     static constexpr int offsets[] = {0, 1, -1, 2, -2, 3, -3};
     bool black = false;
     int a0 = 0;
+    std::int64_t lastChange = 0;
+    hasEmptyRun_ = false;
+    const auto change = [&](std::int64_t at) {
+      hasEmptyRun_ = hasEmptyRun_ || at == lastChange;
+      lastChange = at;
+      black = !black;
+    };
     const auto paint = [&](std::int64_t to) {
       const auto size = static_cast<std::size_t>(std::min<std::int64_t>(to - 1, width_));
       if (row.size() < size) row.resize(size, black);
@@ -95,14 +110,14 @@ class ReferenceDecoder {
         if (const int error = readRun(!black, second)) return error;
         to = std::max(a0, 1) + first;
         paint(to);
-        black = !black;
+        change(to);
         paint(to += second);
-        black = !black;
+        change(to);
       } else {
         to = b1 + offsets[code];
         if (to < std::max(a0, 1)) return 14601;
         paint(to);
-        black = !black;
+        change(to);
       }
       if (to > width_) return 0;
       a0 = static_cast<int>(to);
@@ -113,6 +128,7 @@ class ReferenceDecoder {
   const std::vector<std::uint8_t>& data_;
   int width_, height_;
   int at_ = 0;
+  bool hasEmptyRun_ = false;
   std::vector<bool> above_;
 };
 

@@ -1,7 +1,5 @@
 #include <QAVSGIImageFile.h>
 
-#include "fuzz/read_rgb.h"
-#include "support/Corpus.h"
 #include "support/Files.h"
 #include "support/Images.h"
 #include "support/Levels.h"
@@ -137,8 +135,6 @@ TEST(ReadRGB, LeavesOnlyAFileWithAWrongMagicNumberOpen) {
   readPicture({'n', 'o'});
   EXPECT_NE(lowestFreeDescriptor(), before);
 }
-
-TEST(ReadRGB, SurvivesItsCorpus) { replayCorpus("read_rgb", fuzz::read_rgb); }
 
 TEST(WriteRGB, HeaderAndPlanes) {
   const struct {

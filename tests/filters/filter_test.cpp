@@ -78,7 +78,7 @@ void compareOn(const QAVPixelImage& image, int type, int passes) {
 TEST(Filter, EveryTypeGivesItsDefinitionAndReportsEveryRow) {
   std::mt19937 random(2);
   atEveryLevel([&] {
-    for (int width = 1; width <= 140; width += width < 70 ? 1 : 23) {
+    for (int width = 1; width <= 300; width += width < 70 ? 1 : 33) {
       const int height = 1 + static_cast<int>(random() % (width < 20 ? 20 : 5));
       const Texture texture = kTextures[random() % 4];
       for (QAVPixelImageFormat format : kByteFormats) {

@@ -144,7 +144,7 @@ class RunLengthMachine {
 inline RunLengthMachine runLengthMachine(const QAVPixelImage& image, bool bottomUp, int mode) {
   Bytes samples = printSamples(image, bottomUp, mode);
   if (mode != 1 && image.GetFormat() % 2 == 1)
-    samples.resize(samples.size() - samples.size() / (image.GetFormat() + 1u));
+    samples.resize(samples.size() - samples.size() / static_cast<std::size_t>(image.GetFormat() + 1));
   RunLengthMachine machine(samples.size());
   for (std::size_t i = 0, r; i < samples.size(); i += r) {
     for (r = 1; i + r < samples.size() && samples[i + r] == samples[i];) ++r;

@@ -1,5 +1,6 @@
 #include <QAVPrintEncoding.h>
 
+#include "print/DecodeReference.h"
 #include "print/PrintReference.h"
 #include "support/Levels.h"
 
@@ -65,16 +66,6 @@ TEST(RunLengthDecode, RecordsAndTheirEnds) {
   EXPECT_EQ(RunLengthDecode(nullptr, 3, out, outLen, 0), E_FAIL);
   EXPECT_EQ(RunLengthDecode(&byte, 0, out, outLen, 0), E_FAIL);
   EXPECT_TRUE(out == &byte && outLen == 5);
-}
-
-Bytes plainRunLengthDecode(const Bytes& source) {
-  Bytes out;
-  for (std::size_t i = 0; i < source.size() && source[i] != 128;) {
-    const std::size_t length = source[i++];
-    for (std::size_t k = 0; length < 128 && k <= length && i < source.size(); ++k) out.push_back(source[i++]);
-    if (length > 128 && i < source.size()) out.insert(out.end(), 257 - length, source[i++]);
-  }
-  return out;
 }
 
 TEST(RunLengthDecode, RandomRecordsOfEveryLength) {
@@ -182,7 +173,7 @@ TEST(ASCII85Decode, RandomTextsAtEveryLevel) {
         const int digits = random() % 60 ? 5 : 2 + static_cast<int>(random() % 3);
         std::uint32_t value = 0;
         for (int k = 0; k < 5; ++k) {
-          // A short group counts as if one unit of its first missing digit followed.
+          // A short group counts one unit of its last digit more.
           const bool missing = k >= digits;
           const auto digit = missing ? 0u : static_cast<unsigned>(random() % 85);
           value = value * 85 + digit + (k == digits - 1 && digits < 5 ? 1 : 0);

@@ -48,7 +48,7 @@ void copyRows(std::int64_t rowLength, const BandRectangle& r, int sampleBytes, S
 // Runs that go on from row to row: a count of two bytes and a sample of two. An entry takes two bytes for each byte of
 // a sample, so for samples of one byte an entry's sample is the next entry's count.
 void paintRuns(std::int64_t rowLength, const BandRectangle& r, int sampleBytes, Source record, Target out) {
-  const auto entry = static_cast<std::size_t>(2 * sampleBytes);
+  const auto entry = 2 * static_cast<std::size_t>(sampleBytes);
   const std::int64_t past = r.y1 * rowLength;
   std::int64_t sample = 0;
   for (Cursor runs(record); sample < past && runs.has(entry); runs.skip(entry)) {
@@ -84,7 +84,7 @@ void placeRows(const BandRectangle& r, Source record, Target out) {
 
 // Runs that begin anew with every row: a count and a sample, of sampleBytes bytes each.
 void fillRuns(std::int64_t rowLength, const BandRectangle& r, int sampleBytes, Source record, Target out) {
-  const auto entry = static_cast<std::size_t>(2 * sampleBytes);
+  const auto entry = 2 * static_cast<std::size_t>(sampleBytes);
   const auto count = [&](const Cursor& runs) -> std::int64_t {
     return sampleBytes == 1 ? runs.byte(0) : runs.number16(0);
   };

@@ -80,7 +80,7 @@ class PictureReader {
  private:
   // One-channel data begins with the table; the records before three-channel bands have no use here.
   bool readTable() {
-    constexpr std::uint64_t usefulBytes = 256 * 4;
+    constexpr std::uint64_t usefulBytes = 1024;  // 256 entries
     if (type_.channels() == 1) return reader_.read(table_, usefulBytes);
     return image_.tableSize == 0 || reader_.skip(2);
   }
@@ -114,7 +114,7 @@ class PictureReader {
 
   void lookUp(unsigned index, unsigned char* colour) const {
     for (std::size_t k = 0; k < 3; ++k) {
-      const std::size_t at = index * 4u + k;
+      const std::size_t at = std::size_t{index} * 4 + k;
       colour[k] = static_cast<std::int64_t>(index) < image_.tableSize && at < table_.size() ? table_[at] : 0;
     }
   }

@@ -53,7 +53,7 @@ class Writer {
     return at;
   }
   void addZeros() { to_ = std::fill_n(to_, 4, std::uint8_t{0}); }
-  // A short group is rounded up by one unit of its first missing digit.
+  // A short group is rounded up by one unit of its last digit.
   void finishGroup() {
     constexpr std::uint32_t weights[] = {52200625, 614125, 7225, 85};
     if (pending_ == 0) return;

@@ -23,9 +23,9 @@ struct Floats {
 
 struct Pairs {
   using Sum = I32;
-  static constexpr int kTaps = 2;
-  static constexpr int kDigits = 1;
-  static constexpr std::size_t kSampleBytes = 4;
+  [[maybe_unused]] static constexpr int kTaps = 2;
+  [[maybe_unused]] static constexpr int kDigits = 1;
+  [[maybe_unused]] static constexpr std::size_t kSampleBytes = 4;
   [[gnu::always_inline]] static U32 widened(const std::uint8_t* at) {
     return (U32)(loadWidened32(at) | loadWidened32(at + 4) << 16);
   }

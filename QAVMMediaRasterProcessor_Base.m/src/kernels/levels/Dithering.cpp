@@ -52,7 +52,7 @@ void diffuseRows(std::uint8_t* pixels, std::size_t width, std::size_t height, st
       const int error = sum / Method::scale - (white ? 255 : 0);
       pixels[x] = white ? 255 : 0;
 #pragma GCC unroll 2
-      for (int k = 0; k < 2; ++k)
+      for (std::size_t k = 0; k < 2; ++k)
         if (Method::own[k]) add(here[x + 1 + k], error * Method::own[k]);
       std::int16_t* const below = next + x + 1 - Method::lag;
 #pragma GCC unroll 6

@@ -124,11 +124,12 @@ void reversePixels(std::uint8_t* bytes, std::size_t pixels) {
     B::write(from, newLast);
   }
 #endif
-  for (; right - left >= static_cast<std::ptrdiff_t>(2 * channels); left += channels, right -= channels) {
+  for (; right - left >= static_cast<std::ptrdiff_t>(2 * channels); left += channels) {
+    right -= channels;
     for (std::size_t k = 0; k < channels; ++k) {
       const std::uint8_t byte = left[k];
-      left[k] = right[k - channels];
-      right[k - channels] = byte;
+      left[k] = right[k];
+      right[k] = byte;
     }
   }
 }

@@ -166,7 +166,7 @@ template <bool write>
                                                      std::size_t& fill) {
   const std::size_t count = least((length - 1) / kLongest, recordsToFull(fill));
   if constexpr (write) {
-    const U16 record = splat<U16>(static_cast<std::uint16_t>((257 - kLongest) | value << 8));
+    const U16 record = splat<U16>(static_cast<std::uint16_t>((257 - kLongest) | std::size_t{value} << 8));
     for (std::size_t i = 0; i < count; i += kLanes<U16>) store(records + fill + 2 * i, record);
   }
   fill += 2 * count;
