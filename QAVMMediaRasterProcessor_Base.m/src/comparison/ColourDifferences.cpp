@@ -56,19 +56,31 @@ class Batch {
       differences[position] = Decided(*difference++, first + position * stride_, second + position * stride_);
   }
 
-  // At most ColourPairs::kCapacity pixels that follow one another.
-  void RunAll(const unsigned char* first, const unsigned char* second, std::size_t pixels, double* differences) {
+  // Pixels that follow one another, as long as they differ; returns how many it did. For strides of 3 and 4.
+  std::size_t RunWhileAllDiffer(const unsigned char* first, const unsigned char* second, std::size_t pixels,
+                                double* differences) {
+    for (std::size_t done = 0; done < pixels;) {
+      const std::size_t count = std::min(ColourPairs::kCapacity, pixels - done);
+      if (!RunIfAllDiffer(first + done * stride_, second + done * stride_, count, differences + done)) return done;
+      done += count;
+    }
+    return pixels;
+  }
+
+ private:
+  bool RunIfAllDiffer(const unsigned char* first, const unsigned char* second, std::size_t pixels,
+                      double* differences) {
     for (int channel = 0; channel < 3; ++channel) {
       const auto extract = qav::kernels::channelPlanesKernels().extract;
       extract(first, static_cast<int>(stride_), channel, pixels, pairs_.rgb[0][channel]);
       extract(second, static_cast<int>(stride_), channel, pixels, pairs_.rgb[1][channel]);
     }
+    if (!kernels_.allDiffer(pairs_, pixels)) return false;
     Compute(pixels);
     for (std::size_t i = 0; i < pixels; ++i)
       differences[i] = Decided(pairs_.difference[i], first + i * stride_, second + i * stride_);
+    return true;
   }
-
- private:
   void Compute(std::size_t count) {
     kernels_.toLab(pairs_, count);
     kernels_.deltaE2000(pairs_, count);
@@ -102,19 +114,23 @@ void colourDifferences(const unsigned char* first, const unsigned char* second, 
   constexpr std::size_t kStrip = 4096;
   std::uint32_t positions[kStrip];
   Batch batch(stride);
-  for (std::size_t from = 0; from < pixels; from += kStrip) {
-    const std::size_t count = std::min(kStrip, pixels - from);
+  // Pictures mostly differ everywhere or in few places: what the last strip was decides what the next one is tried for.
+  bool dense = true;
+  for (std::size_t from = 0; from < pixels;) {
     const unsigned char *const a = first + from * stride, *const b = second + from * stride;
-    const std::size_t different = kernels::colourDifferenceKernels().findDifferent(a, b, count, stride, positions);
-    if (different == count && stride <= 4) {
-      for (std::size_t i = 0; i < count; i += ColourPairs::kCapacity)
-        batch.RunAll(a + i * stride, b + i * stride, std::min(ColourPairs::kCapacity, count - i),
-                     differences + from + i);
+    const std::size_t count = std::min(kStrip, pixels - from);
+    if (dense && stride <= 4) {
+      const std::size_t done = batch.RunWhileAllDiffer(a, b, count, differences + from);
+      from += done;
+      dense = done == count;
       continue;
     }
+    const std::size_t different = kernels::colourDifferenceKernels().findDifferent(a, b, count, stride, positions);
+    dense = different == count;
     std::fill_n(differences + from, count, 0.0);
     for (std::size_t i = 0; i < different; i += ColourPairs::kCapacity)
       batch.Run(a, b, {positions + i, std::min(ColourPairs::kCapacity, different - i)}, differences + from);
+    from += count;
   }
 }
 

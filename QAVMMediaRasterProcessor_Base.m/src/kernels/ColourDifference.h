@@ -21,6 +21,8 @@ struct ColourDifferenceKernels {
   /// ascending order, to `positions`, and returns how many they are.
   std::size_t (*findDifferent)(const std::uint8_t* first, const std::uint8_t* second, std::size_t pixels,
                                std::size_t stride, std::uint32_t* positions);
+  /// Whether the two colours differ in each of the first `count` pairs.
+  bool (*allDiffer)(const ColourPairs& pairs, std::size_t count);
   /// Lab of both colours of the first `count` pairs: the bytes, taken for linear sRGB of full scale 255.
   void (*toLab)(ColourPairs& pairs, std::size_t count);
   /// CIEDE2000 with unit weights from the Lab values of the first `count` pairs, or -1 where the mean hue hangs on the
