@@ -379,7 +379,7 @@ void convolveResults(const ConvolutionRows& rows) {
     const Sums<A> sums = sumsAt<A, results, size>(rows, i);
     doubts.note(i, 0, writeBlock<A>(sums.first, rows, 0, i));
     if constexpr (results > 1) {
-      prefetchNextRows(rows, i);
+      if constexpr (A::kSampleBytes == 1) prefetchNextRows(rows, i);
       doubts.note(i, 1, writeBlock<A>(sums.second, rows, 1, i));
       doubts.note(i, 2, writeBlock<A>(sums.third, rows, 2, i));
     }
