@@ -130,6 +130,24 @@ TEST(Filter, ColourMedianKeepsTheOrderOfItsSortAmongEqualKeys) {
   });
 }
 
+// Each colour fills a neighbourhood, so it is the median there.
+TEST(Filter, ColourMedianTellsEveryGreenAndBlue) {
+  atEveryLevel([&] {
+    const Image image = makeImage(3 * 256, 1, RGB888);
+    unsigned char* const bytes = image->GetPixelsToModify();
+    for (int colour = 0; colour < 0x400; ++colour) {
+      for (int x = 0; x < 3 * 256; ++x) {
+        bytes[3 * x] = static_cast<unsigned char>(colour / 256 * 85);
+        bytes[3 * x + 1] = static_cast<unsigned char>(colour % 256);
+        bytes[3 * x + 2] = static_cast<unsigned char>(x / 3);
+      }
+      const auto before = bytesOf(*image);
+      ASSERT_EQ(Processor::Filter(*image, QAVMMIFilterMedian, 1, nullptr, 1), S_OK);
+      ASSERT_EQ(bytesOf(*image), before) << colour;
+    }
+  });
+}
+
 TEST(Filter, ChecksInOrderAndLeavesRefusedImagesAlone) {
   std::mt19937 random(4);
   for (QAVPixelImageFormat format : kAllFormats) {

@@ -70,13 +70,17 @@ inline std::uint64_t flatSamples(const ConvolutionRows& c, const WeighedRows& w,
 }
 #endif
 
-template <class A>
+// For `size` rows and taps, or for any where it is 0.
+template <class A, int size>
 [[gnu::always_inline]] inline F32 quotientsAt(const ConvolutionRows& c, const WeighedRows& w, std::size_t i) {
   F32 sum{};
   const float* weight = w.weights;
-  for (std::ptrdiff_t r = 0; r < w.count; ++r) {
+  const std::ptrdiff_t rows = size > 0 ? size : w.count, taps = size > 0 ? size : c.bound->taps;
+#pragma GCC unroll 3
+  for (std::ptrdiff_t r = 0; r < rows; ++r) {
     const std::uint8_t* at = w.rows[r] + i * A::kSampleBytes;
-    for (std::ptrdiff_t t = 0; t < c.bound->taps; ++t, at += 4 * A::kSampleBytes)
+#pragma GCC unroll 3
+    for (std::ptrdiff_t t = 0; t < taps; ++t, at += 4 * A::kSampleBytes)
       sum = sum + splat<F32>(*weight++) * samplesAsFloats(at);
   }
   return sum / splat<F32>(c.quotient.divisor);
@@ -96,7 +100,10 @@ void resolve(const ConvolutionRows& c, const Doubt& doubt) {
   const WeighedRows w = weighedRows(c, doubt.result);
   std::uint8_t* const out = c.out[doubt.result];
   std::uint64_t left = doubt.lanes;
-  if (w.count == c.weightRows) {
+  const std::size_t firstVector = static_cast<std::size_t>(__builtin_ctzll(left)) / n * n;
+  const bool severalVectors = left >> firstVector >> n != 0;
+  // To compute a vector takes no longer than to see whether its samples are flat.
+  if (severalVectors && w.count == c.weightRows) {
     std::uint64_t flat = flatSamples(c, w, doubt.at, left);
     left &= ~flat;
     *c.bound->recomputed += n;
@@ -105,11 +112,12 @@ void resolve(const ConvolutionRows& c, const Doubt& doubt) {
       out[i] = c.bound->flat[w.rows[0][i * A::kSampleBytes]];
     }
   }
+  const bool small = w.count == 3 && c.bound->taps == 3;
   while (left != 0) {
     const std::size_t k = static_cast<std::size_t>(__builtin_ctzll(left)) / n * n, i = doubt.at + k;
     std::uint8_t bytes[n];
     const bool whole = c.count - i >= n;
-    storeVector(whole ? out + i : bytes, quotientsAt<A>(c, w, i));
+    storeVector(whole ? out + i : bytes, small ? quotientsAt<A, 3>(c, w, i) : quotientsAt<A, 0>(c, w, i));
     if (!whole) std::memcpy(out + i, bytes, c.count - i);
     left &= ~(((std::uint64_t{1} << n) - 1) << k);
     *c.bound->recomputed += n;

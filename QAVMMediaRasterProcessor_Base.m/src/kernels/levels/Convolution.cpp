@@ -361,6 +361,15 @@ template <class A>
   return doubt;
 }
 
+// Asks for the samples that the next three results need besides the rows that have been read. They may lie behind the
+// image, which does no harm.
+[[gnu::always_inline]] inline void prefetchNextRows(const ConvolutionRows& c, std::size_t i) {
+  const std::uintptr_t ahead =
+      (ConvolutionRows::kMostResults + static_cast<std::size_t>(c.weightRows) / 2) * c.count + i;
+  for (int r = 0; r < ConvolutionRows::kMostResults; ++r)
+    __builtin_prefetch(reinterpret_cast<const void*>(reinterpret_cast<std::uintptr_t>(c.out[r]) + ahead));
+}
+
 template <class A, int results, int size = 0>
 void convolveResults(const ConvolutionRows& rows) {
   constexpr std::size_t step = kBlock * kLanes<F32>;
@@ -370,6 +379,7 @@ void convolveResults(const ConvolutionRows& rows) {
     const Sums<A> sums = sumsAt<A, results, size>(rows, i);
     doubts.note(i, 0, writeBlock<A>(sums.first, rows, 0, i));
     if constexpr (results > 1) {
+      if constexpr (A::kSampleBytes == 1) prefetchNextRows(rows, i);
       doubts.note(i, 1, writeBlock<A>(sums.second, rows, 1, i));
       doubts.note(i, 2, writeBlock<A>(sums.third, rows, 2, i));
     }
