@@ -1,7 +1,5 @@
 #pragma once
 
-#include "kernels/RowStretch.h"
-
 #include <cstddef>
 #include <cstdint>
 
@@ -12,26 +10,43 @@ struct FloatTaps {
   const double* weights = nullptr;
   std::int32_t left = 0;
   std::int32_t count = 0;
+
+  std::int32_t behind() const { return left + count; }
 };
 
+/// Whether consecutive positions look at sources that begin and end one after the other and have one in common, so
+/// that they can be summed together.
+inline bool overlapInOrder(const FloatTaps* taps, std::size_t count) {
+  for (std::size_t i = 0; i < count; ++i) {
+    if (taps[i].count <= 0 || taps[i].left >= taps[0].behind()) return false;
+    if (i > 0 && (taps[i].left < taps[i - 1].left || taps[i].behind() < taps[i - 1].behind())) return false;
+  }
+  return true;
+}
+
 struct FloatRows {
-  const float* const* rows;
-  std::size_t count;  ///< 1 to rowsAtOnce
-  int channels;       ///< 3 or 4
-  std::size_t ahead;  ///< samples from these rows to those that will be asked for next; 0 when nothing is known of them
+  const float* first;
+  std::size_t stride;  ///< samples from row to row
+  std::size_t count;   ///< 1 to rowsAtOnce
+  int channels;        ///< 3 or 4
+  std::size_t ahead;   ///< samples from these rows to as many that come next; 0 when there are none
+};
+
+struct FloatColumns {
+  const float* const* rows;  ///< rows[i] is source row taps[0].left + i
+  const FloatTaps* taps;
+  std::size_t count;  ///< output rows: 1, or outputsTogether that overlap in order
 };
 
 /// Weighted sums of floats, taken in double in the order of the taps and rounded to float. Weights of zero count too:
 /// infinite samples and negative zeros show.
 struct FloatResamplingKernels {
   std::size_t rowsAtOnce;
-  /// Scratch memory in doubles.
-  RowStretchShape stretches;
-  /// Resamples rows to the positions of some stretches.
-  void (*rows)(const FloatRows& in, const FloatTaps* taps, const RowStretch* stretches, std::size_t stretchCount,
-               float* const* out, double* scratch);
-  /// Samples first to end - 1 of one output row: the weighted sum of as many rows as there are taps.
-  void (*columns)(const float* const* rows, std::size_t first, std::size_t end, const FloatTaps& taps, float* out);
+  std::size_t outputsTogether;
+  /// Resamples rows to `width` positions.
+  void (*rows)(const FloatRows& in, const FloatTaps* taps, std::size_t width, float* const* out);
+  /// Samples first to end - 1 of some output rows: the weighted sums of as many source rows as each has taps.
+  void (*columns)(const FloatColumns& in, std::size_t first, std::size_t end, float* const* out);
 };
 
 const FloatResamplingKernels& floatResamplingKernels() noexcept;

@@ -15,6 +15,28 @@
 namespace qav {
 namespace {
 
+template <class Sample>
+std::vector<Sample*> addresses(Sample* first, std::size_t stride, std::size_t count) {
+  std::vector<Sample*> rows(count);
+  for (std::size_t r = 0; r < count; ++r) rows[r] = first + r * stride;
+  return rows;
+}
+
+// Source rows that some output rows look at.
+struct SourceRows {
+  std::size_t left = 0;
+  std::size_t count = 0;
+};
+
+// Rows that stand `stride` samples apart; as many that come next lie `ahead` samples further on, 0 when there are none.
+template <class Sample>
+struct RowBlock {
+  const Sample* first;
+  std::size_t stride;
+  std::size_t count;
+  std::size_t ahead;
+};
+
 // The two passes over bytes, as the strips below drive them.
 class BytePasses {
  public:
@@ -30,17 +52,26 @@ class BytePasses {
   }
 
   std::size_t rowsAtOnce() const { return kernels_.rowsAtOnce; }
-  void resampleRows(const Sample* const* in, std::size_t count, std::size_t, Sample* const* out) {
-    kernels_.rows({in, count, pixels_, channels_}, horizontal_->taps.data(), horizontal_->weights, stretches_.data(),
-                  stretches_.size(), out, scratch_.get());
+  void resampleRows(const RowBlock<Sample>& in, Sample* const* out) {
+    const auto rows = addresses(in.first, in.stride, in.count);
+    kernels_.rows({rows.data(), in.count, pixels_, channels_}, horizontal_->taps.data(), horizontal_->weights,
+                  stretches_.data(), stretches_.size(), out, scratch_.get());
   }
-  const kernels::ByteTaps& verticalTaps(std::size_t y) const { return vertical_->taps[y]; }
-  static std::size_t rowsLookedAt(const kernels::ByteTaps& taps) {
+
+  static std::size_t outputsTogether() { return 1; }
+  static std::size_t outputsAt(std::size_t, std::size_t) { return 1; }
+  SourceRows sourcesOf(std::size_t y, std::size_t) const {
+    const kernels::ByteTaps& taps = vertical_->taps[y];
+    return {static_cast<std::size_t>(taps.left), static_cast<std::size_t>(taps.count)};
+  }
+  // Those behind the source rows stand for taps of weight 0.
+  std::size_t rowsLookedAt(std::size_t y, std::size_t) const {
+    const kernels::ByteTaps& taps = vertical_->taps[y];
     return static_cast<std::size_t>(std::max(taps.count, 4 * taps.groups));
   }
-  void resampleColumns(const Sample* const* rows, std::size_t first, std::size_t end, std::size_t y,
-                       Sample* out) const {
-    kernels_.columns(rows, first, end, vertical_->taps[y], vertical_->weights, out);
+  void resampleColumns(const Sample* const* rows, std::size_t y, std::size_t, std::size_t first, std::size_t end,
+                       Sample* const* out) const {
+    kernels_.columns(rows, first, end, vertical_->taps[y], vertical_->weights, out[0]);
   }
 
  private:
@@ -58,22 +89,26 @@ class FloatPasses {
   using Sample = float;
 
   explicit FloatPasses(const StripJob<Sample>& job)
-      : channels_(job.channels), horizontal_(tapsOf(job.horizontal)), vertical_(tapsOf(job.vertical)) {
-    stretches_ = rowStretches<kernels::FloatTaps>(horizontal_, kernels_.stretches);
-    scratch_ = makeAlignedArray<double>(scratchFor(stretches_, kernels_.stretches));
-  }
+      : channels_(job.channels), horizontal_(tapsOf(job.horizontal)), vertical_(tapsOf(job.vertical)) {}
 
   std::size_t rowsAtOnce() const { return kernels_.rowsAtOnce; }
-  // The rows that come next lie `ahead` samples further on.
-  void resampleRows(const Sample* const* in, std::size_t count, std::size_t ahead, Sample* const* out) {
-    kernels_.rows({in, count, channels_, ahead}, horizontal_.data(), stretches_.data(), stretches_.size(), out,
-                  scratch_.get());
+  void resampleRows(const RowBlock<Sample>& in, Sample* const* out) const {
+    kernels_.rows({in.first, in.stride, in.count, channels_, in.ahead}, horizontal_.data(), horizontal_.size(), out);
   }
-  const kernels::FloatTaps& verticalTaps(std::size_t y) const { return vertical_[y]; }
-  static std::size_t rowsLookedAt(const kernels::FloatTaps& taps) { return static_cast<std::size_t>(taps.count); }
-  void resampleColumns(const Sample* const* rows, std::size_t first, std::size_t end, std::size_t y,
-                       Sample* out) const {
-    kernels_.columns(rows, first, end, vertical_[y], out);
+
+  std::size_t outputsTogether() const { return kernels_.outputsTogether; }
+  std::size_t outputsAt(std::size_t y, std::size_t end) const {
+    const std::size_t together = outputsTogether();
+    return end - y >= together && kernels::overlapInOrder(&vertical_[y], together) ? together : 1;
+  }
+  SourceRows sourcesOf(std::size_t y, std::size_t count) const {
+    const std::int32_t left = vertical_[y].left;
+    return {static_cast<std::size_t>(left), static_cast<std::size_t>(vertical_[y + count - 1].behind() - left)};
+  }
+  std::size_t rowsLookedAt(std::size_t y, std::size_t count) const { return sourcesOf(y, count).count; }
+  void resampleColumns(const Sample* const* rows, std::size_t y, std::size_t count, std::size_t first, std::size_t end,
+                       Sample* const* out) const {
+    kernels_.columns({rows, &vertical_[y], count}, first, end, out);
   }
 
  private:
@@ -90,8 +125,6 @@ class FloatPasses {
   int channels_;
   std::vector<kernels::FloatTaps> horizontal_;
   std::vector<kernels::FloatTaps> vertical_;
-  std::vector<kernels::RowStretch> stretches_;
-  AlignedArray<double> scratch_;
 };
 
 // Some output rows of the vertical pass together, in parts of their width: so the source rows that they share are read
@@ -106,34 +139,42 @@ class ColumnPass {
   // Output rows first to end - 1; rowAt(i) is where source row i stands, outAt(y) where output row y goes.
   template <class RowAt, class OutAt>
   void run(std::size_t first, std::size_t end, RowAt rowAt, OutAt outAt) {
+    out_.clear();
+    for (std::size_t y = first; y < end; ++y) out_.push_back(outAt(y));
     rows_.clear();
-    for (std::size_t y = first; y < end; ++y) addRowsOf(y, rowAt);
+    groups_.clear();
+    for (std::size_t y = first; y < end; y += groups_.back().count) addGroup(y, passes_.outputsAt(y, end), rowAt);
     constexpr std::size_t kPart = 4096 / sizeof(Sample);
     for (std::size_t at = 0; at < samples_;) {
       // The last part is the longest, none is too short for whole vectors.
       const std::size_t behind = samples_ - at < 2 * kPart ? samples_ : at + kPart;
-      const Sample* const* rows = rows_.data();
-      for (std::size_t y = first; y < end; ++y) {
-        passes_.resampleColumns(rows, at, behind, y, outAt(y));
-        rows += Passes::rowsLookedAt(passes_.verticalTaps(y));
-      }
+      for (const Group& group : groups_)
+        passes_.resampleColumns(rows_.data() + group.rows, group.y, group.count, at, behind, &out_[group.y - first]);
       at = behind;
     }
   }
 
  private:
+  // Output rows that are made side by side, and where the list of their source rows begins.
+  struct Group {
+    std::size_t y;
+    std::size_t count;
+    std::size_t rows;
+  };
+
   template <class RowAt>
-  void addRowsOf(std::size_t y, RowAt rowAt) {
-    const auto& taps = passes_.verticalTaps(y);
-    const auto count = static_cast<std::size_t>(taps.count);
-    for (std::size_t t = 0; t < count; ++t) rows_.push_back(rowAt(static_cast<std::size_t>(taps.left) + t));
-    // Stand-ins for taps of weight 0.
-    for (std::size_t t = count; t < Passes::rowsLookedAt(taps); ++t) rows_.push_back(rows_.back());
+  void addGroup(std::size_t y, std::size_t count, RowAt rowAt) {
+    groups_.push_back({y, count, rows_.size()});
+    const SourceRows sources = passes_.sourcesOf(y, count);
+    for (std::size_t i = 0; i < sources.count; ++i) rows_.push_back(rowAt(sources.left + i));
+    for (std::size_t i = sources.count; i < passes_.rowsLookedAt(y, count); ++i) rows_.push_back(rows_.back());
   }
 
   const Passes& passes_;
   std::size_t samples_;
+  std::vector<Sample*> out_;
   std::vector<const Sample*> rows_;
+  std::vector<Group> groups_;
 };
 
 // Output rows that the vertical pass makes together, where as many are ready.
@@ -146,13 +187,6 @@ void inStrips(std::size_t rows, std::size_t atOnce, Body body) {
 }
 
 template <class Sample>
-std::vector<Sample*> addresses(Sample* first, std::size_t stride, std::size_t count) {
-  std::vector<Sample*> rows(count);
-  for (std::size_t r = 0; r < count; ++r) rows[r] = first + r * stride;
-  return rows;
-}
-
-template <class Sample>
 std::size_t sourceStride(const StripJob<Sample>& job) {
   return job.sourceWidth * static_cast<std::size_t>(job.channels);
 }
@@ -161,10 +195,10 @@ std::size_t targetStride(const StripJob<Sample>& job) {
   return job.width * static_cast<std::size_t>(job.channels);
 }
 
-// From a strip of source rows to the next one, where that is whole.
 template <class Sample>
-std::size_t distanceToNext(const StripJob<Sample>& job, std::size_t first, std::size_t count) {
-  return job.sourceHeight - first >= 2 * count ? count * sourceStride(job) : 0;
+RowBlock<Sample> sourceRows(const StripJob<Sample>& job, std::size_t first, std::size_t count) {
+  const std::size_t stride = sourceStride(job), ahead = job.sourceHeight - first >= 2 * count ? count * stride : 0;
+  return {job.source + first * stride, stride, count, ahead};
 }
 
 // Samples from row to row of memory of our own, so that all rows begin at the start of a cache line.
@@ -177,9 +211,8 @@ std::size_t alignedStride(std::size_t samples) {
 template <class Passes, class Sample>
 void resampleRowsOnly(const StripJob<Sample>& job, Passes& passes) {
   inStrips(job.height, passes.rowsAtOnce(), [&](std::size_t first, std::size_t count) {
-    const auto in = addresses(job.source + first * sourceStride(job), sourceStride(job), count);
     const auto out = addresses(job.target + first * targetStride(job), targetStride(job), count);
-    passes.resampleRows(in.data(), count, distanceToNext(job, first, count), out.data());
+    passes.resampleRows(sourceRows(job, first, count), out.data());
   });
 }
 
@@ -204,7 +237,7 @@ void resampleColumnsThenRows(const StripJob<Sample>& job, Passes& passes) {
         first, first + count, [&](std::size_t row) { return job.source + row * sourceStride(job); },
         [&](std::size_t y) { return between[y - first]; });
     const auto out = addresses(job.target + first * targetStride(job), targetStride(job), count);
-    passes.resampleRows(between.data(), count, 0, out.data());
+    passes.resampleRows({strip.get(), stride, count, 0}, out.data());
   });
 }
 
@@ -214,44 +247,49 @@ struct RowNeeds {
   RowNeeds(const Passes& passes, std::size_t height) : from(height), upTo(height) {
     std::size_t least = std::numeric_limits<std::size_t>::max();
     for (std::size_t y = height; y-- > 0;) {
-      const auto& taps = passes.verticalTaps(y);
-      if (taps.count > 0) least = std::min(least, static_cast<std::size_t>(taps.left));
+      const SourceRows sources = passes.sourcesOf(y, 1);
+      if (sources.count > 0) least = std::min(least, sources.left);
       from[y] = least;
     }
     std::size_t end = 0;
     for (std::size_t y = 0; y < height; ++y) {
-      const auto& taps = passes.verticalTaps(y);
-      if (taps.count > 0) end = std::max(end, static_cast<std::size_t>(taps.left + taps.count));
+      const SourceRows sources = passes.sourcesOf(y, 1);
+      if (sources.count > 0) end = std::max(end, sources.left + sources.count);
       upTo[y] = end;
-      if (end > from[y]) most = std::max(most, end - from[y]);
+    }
+    for (std::size_t y = 0; y < height; ++y) {
+      const std::size_t behind = upTo[std::min(y + passes.outputsTogether(), height) - 1];
+      if (behind > from[y]) most = std::max(most, behind - from[y]);
     }
   }
   std::vector<std::size_t> from;
   std::vector<std::size_t> upTo;  // exclusive
-  std::size_t most = 0;
+  std::size_t most = 0;           // of as many output rows as are made side by side
 };
 
 template <class Passes, class Sample>
 void resampleRowsThenColumns(const StripJob<Sample>& job, Passes& passes) {
   ColumnPass<Passes> columns(passes, targetStride(job));
   const RowNeeds needs(passes, job.height);
+  const std::size_t together = passes.outputsTogether();
   // Row r of the intermediate image stands in slot r % slots until no output row needs it any more.
   const std::size_t slots = needs.most + passes.rowsAtOnce(), stride = alignedStride<Sample>(targetStride(job));
   const AlignedArray<Sample> ring = makeAlignedArray<Sample>(slots * stride);
   const auto slotOf = [&](std::size_t row) { return ring.get() + row % slots * stride; };
   std::size_t done = 0;
   for (std::size_t y = 0; y < job.height;) {
-    done = std::max(done, std::min(needs.from[y], needs.upTo[y]));
-    while (done < needs.upTo[y]) {
+    const std::size_t wanted = needs.upTo[std::min(y + together, job.height) - 1];
+    done = std::max(done, std::min(needs.from[y], wanted));
+    while (done < wanted) {
       const std::size_t count = std::min(passes.rowsAtOnce(), job.sourceHeight - done);
-      const auto in = addresses(job.source + done * sourceStride(job), sourceStride(job), count);
       std::vector<Sample*> out(count);
       for (std::size_t r = 0; r < count; ++r) out[r] = slotOf(done + r);
-      passes.resampleRows(in.data(), count, distanceToNext(job, done, count), out.data());
+      passes.resampleRows(sourceRows(job, done, count), out.data());
       done += count;
     }
-    std::size_t end = y + 1;
+    std::size_t end = y;
     while (end < job.height && end - y < kRowsTogether && needs.upTo[end] <= done) ++end;
+    if (end < job.height) end -= (end - y) % together;
     columns.run(y, end, slotOf, [&](std::size_t row) { return job.target + row * targetStride(job); });
     y = end;
   }

@@ -9,6 +9,44 @@
 namespace {
 
 constexpr std::size_t kDoubles = kLanes<F64>;
+// Results whose sources overlap are summed side by side: a source sample that was read and widened to double once
+// serves them all. As many as the registers hold, four vectors of each.
+constexpr std::size_t kTogether = QAV_KERNEL_LEVEL >= 2 ? 4 : 2;
+constexpr std::size_t kVectors = QAV_KERNEL_LEVEL >= 1 ? 4 : 2;
+
+template <std::size_t kOutputs, std::size_t kCount>
+using Sums = F64[kOutputs][kCount];
+
+// Source positions `at` to end - 1 for the results kFrom to kTo - 1; read(j, v) is vector v of position j.
+template <std::size_t kFrom, std::size_t kTo, std::size_t kOutputs, std::size_t kCount, class Read>
+[[gnu::always_inline]] inline void addSpan(const FloatTaps* taps, std::int32_t at, std::int32_t end, const Read& read,
+                                           Sums<kOutputs, kCount>& sums) {
+  for (std::int32_t j = at; j < end; ++j) {
+    F64 weights[kTo - kFrom];
+#pragma GCC unroll 4
+    for (std::size_t o = kFrom; o < kTo; ++o) weights[o - kFrom] = splat<F64>(taps[o].weights[j - taps[o].left]);
+#pragma GCC unroll 4
+    for (std::size_t v = 0; v < kCount; ++v) {
+      const F64 samples = read(j, v);
+#pragma GCC unroll 4
+      for (std::size_t o = kFrom; o < kTo; ++o) sums[o][v] += samples * weights[o - kFrom];
+    }
+  }
+}
+
+// Results that overlap in order: first they begin one after the other, then all take part, then one after the other is
+// done.
+template <std::size_t kOutputs, std::size_t kCount, class Read>
+[[gnu::always_inline]] inline void addAll(const FloatTaps* taps, const Read& read, Sums<kOutputs, kCount>& sums) {
+  static_assert(kOutputs == 1 || kOutputs == 2 || kOutputs == 4);
+  if constexpr (kOutputs > 1) addSpan<0, 1>(taps, taps[0].left, taps[1].left, read, sums);
+  if constexpr (kOutputs > 2) addSpan<0, 2>(taps, taps[1].left, taps[2].left, read, sums);
+  if constexpr (kOutputs > 3) addSpan<0, 3>(taps, taps[2].left, taps[3].left, read, sums);
+  addSpan<0, kOutputs>(taps, taps[kOutputs - 1].left, taps[0].behind(), read, sums);
+  if constexpr (kOutputs > 1) addSpan<1, kOutputs>(taps, taps[0].behind(), taps[1].behind(), read, sums);
+  if constexpr (kOutputs > 2) addSpan<2, kOutputs>(taps, taps[1].behind(), taps[2].behind(), read, sums);
+  if constexpr (kOutputs > 3) addSpan<3, kOutputs>(taps, taps[2].behind(), taps[3].behind(), read, sums);
+}
 
 [[gnu::always_inline]] inline F64 doublesFromFloats(const float* from) {
 #if QAV_KERNEL_LEVEL >= 2
@@ -30,39 +68,50 @@ constexpr std::size_t kDoubles = kLanes<F64>;
 #endif
 }
 
-template <std::size_t kVectors>
-void columnBlock(const float* const* rows, std::size_t at, const FloatTaps& taps, float* out) {
-  F64 sums[kVectors] = {};
-  for (std::int32_t t = 0; t < taps.count; ++t) {
-    const F64 weight = splat<F64>(taps.weights[t]);
-    const float* const row = rows[t] + at;
-#pragma GCC unroll 8
-    for (std::size_t v = 0; v < kVectors; ++v) sums[v] += doublesFromFloats(row + v * kDoubles) * weight;
-  }
-#pragma GCC unroll 8
-  for (std::size_t v = 0; v < kVectors; ++v) storeAsFloats(out + at + v * kDoubles, sums[v]);
+template <std::size_t kOutputs, std::size_t kCount>
+void columnBlock(const FloatColumns& in, std::size_t at, float* const* out) {
+  Sums<kOutputs, kCount> sums = {};
+  const float* const* const rows = in.rows;
+  const std::int32_t left = in.taps[0].left;
+  addAll(
+      in.taps, [=](std::int32_t j, std::size_t v) { return doublesFromFloats(rows[j - left] + at + v * kDoubles); },
+      sums);
+#pragma GCC unroll 4
+  for (std::size_t o = 0; o < kOutputs; ++o)
+#pragma GCC unroll 4
+    for (std::size_t v = 0; v < kCount; ++v) storeAsFloats(out[o] + at + v * kDoubles, sums[o][v]);
 }
 
-void columns(const float* const* rows, std::size_t first, std::size_t end, const FloatTaps& taps, float* out) {
-  std::size_t at = first;
-  for (; at + 8 * kDoubles <= end; at += 8 * kDoubles) columnBlock<8>(rows, at, taps, out);
-  for (; at + kDoubles <= end; at += kDoubles) columnBlock<1>(rows, at, taps, out);
-  for (; at < end; ++at) {
+void columnSample(const FloatColumns& in, std::size_t at, float* const* out) {
+  for (std::size_t o = 0; o < in.count; ++o) {
+    const FloatTaps& taps = in.taps[o];
     double sum = 0.0;
-    for (std::int32_t t = 0; t < taps.count; ++t) sum += static_cast<double>(rows[t][at]) * taps.weights[t];
-    out[at] = static_cast<float>(sum);
+    for (std::int32_t t = 0; t < taps.count; ++t)
+      sum += static_cast<double>(in.rows[taps.left - in.taps[0].left + t][at]) * taps.weights[t];
+    out[o][at] = static_cast<float>(sum);
   }
+}
+
+template <std::size_t kOutputs>
+void columnsOf(const FloatColumns& in, std::size_t first, std::size_t end, float* const* out) {
+  std::size_t at = first;
+  for (; at + kVectors * kDoubles <= end; at += kVectors * kDoubles) columnBlock<kOutputs, kVectors>(in, at, out);
+  for (; at + kDoubles <= end; at += kDoubles) columnBlock<kOutputs, 1>(in, at, out);
+  for (; at < end; ++at) columnSample(in, at, out);
+}
+
+void columns(const FloatColumns& in, std::size_t first, std::size_t end, float* const* out) {
+  if (in.count == kTogether)
+    columnsOf<kTogether>(in, first, end, out);
+  else
+    columnsOf<1>(in, first, end, out);
 }
 
 #if QAV_KERNEL_LEVEL >= 1
 
-// A pixel of each row in four lanes; several vectors of such pixels at a time, which share their weights. Source pixels
-// are first turned into doubles, for as many results as look at a span that a third of the first-level cache holds.
+// A pixel of each row in four lanes.
 constexpr std::size_t kRowsOfVector = kDoubles / 4;
-constexpr std::size_t kVectors = 4;
 constexpr std::size_t kRows = kVectors * kRowsOfVector;
-constexpr std::size_t kPixelDoubles = kVectors * kDoubles;
-constexpr RowStretchShape kShape = {1, 1, 2048 / kPixelDoubles, kPixelDoubles};
 
 template <int kChannels>
 [[gnu::always_inline]] inline __m128 loadPixel(const float* from) {
@@ -79,80 +128,101 @@ template <int kChannels>
 }
 
 template <int kChannels>
-[[gnu::always_inline]] inline F64 loadPixels(const float* const* rows, std::size_t at) {
+[[gnu::always_inline]] inline F64 loadPixels(const float* from, [[maybe_unused]] std::size_t stride) {
 #if QAV_KERNEL_LEVEL >= 2
-  return (F64)_mm512_cvtps_pd(_mm256_insertf128_ps(_mm256_castps128_ps256(loadPixel<kChannels>(rows[0] + at)),
-                                                   loadPixel<kChannels>(rows[1] + at), 1));
+  return (F64)_mm512_cvtps_pd(
+      _mm256_insertf128_ps(_mm256_castps128_ps256(loadPixel<kChannels>(from)), loadPixel<kChannels>(from + stride), 1));
 #else
-  return (F64)_mm256_cvtps_pd(loadPixel<kChannels>(rows[0] + at));
+  return (F64)_mm256_cvtps_pd(loadPixel<kChannels>(from));
 #endif
 }
 
 template <int kChannels>
-[[gnu::always_inline]] inline void storePixels(float* const* rows, std::size_t rowCount, std::size_t at, F64 pixels) {
+[[gnu::always_inline]] inline void storePixels(float* const* rows, std::size_t at, F64 pixels) {
 #if QAV_KERNEL_LEVEL >= 2
   const __m256 both = _mm512_cvtpd_ps((__m512d)pixels);
-  if (rowCount > 0) storePixel<kChannels>(rows[0] + at, _mm256_castps256_ps128(both));
-  if (rowCount > 1) storePixel<kChannels>(rows[1] + at, _mm256_extractf128_ps(both, 1));
+  storePixel<kChannels>(rows[0] + at, _mm256_castps256_ps128(both));
+  storePixel<kChannels>(rows[1] + at, _mm256_extractf128_ps(both, 1));
 #else
-  if (rowCount > 0) storePixel<kChannels>(rows[0] + at, _mm256_cvtpd_ps((__m256d)pixels));
+  storePixel<kChannels>(rows[0] + at, _mm256_cvtpd_ps((__m256d)pixels));
 #endif
 }
 
-// Meanwhile the same pixels of the rows `ahead` samples further on are called into the cache.
-template <int kChannels>
-void widenPixels(const float* const* rows, const RowStretch& stretch, std::size_t ahead, double* pixels) {
-  for (std::size_t x = stretch.source; x < stretch.source + stretch.length; ++x, pixels += kPixelDoubles) {
-    // Four pixels are at most a cache line.
-    for (std::size_t r = x % 4; r < kRows; r += 4)
-      _mm_prefetch(reinterpret_cast<const char*>(rows[r] + x * kChannels + ahead), _MM_HINT_T1);
-#pragma GCC unroll 4
-    for (std::size_t v = 0; v < kVectors; ++v)
-      store(pixels + v * kDoubles, loadPixels<kChannels>(rows + v * kRowsOfVector, x * kChannels));
+// Calls memory into the second-level cache, in even portions while there is something else to do.
+class Fetching {
+ public:
+  Fetching(const float* from, std::size_t samples, std::size_t portions)
+      : at_(reinterpret_cast<const char*>(from)),
+        left_(samples * sizeof(float)),
+        portion_((left_ + portions - 1) / portions) {}
+
+  void portion() {
+    const std::size_t now = portion_ < left_ ? portion_ : left_;
+    due_ += now;
+    left_ -= now;
+    constexpr std::size_t kLine = 64;
+    for (; due_ >= kLine; due_ -= kLine, at_ += kLine) _mm_prefetch(at_, _MM_HINT_T1);
   }
+
+ private:
+  const char* at_;
+  std::size_t left_;
+  std::size_t portion_;
+  std::size_t due_ = 0;
+};
+
+template <int kChannels, std::size_t kOutputs, std::size_t kCount>
+void rowBlock(const float* from, std::size_t stride, const FloatTaps* taps, std::size_t x, float* const* out) {
+  Sums<kOutputs, kCount> sums = {};
+  addAll(
+      taps + x,
+      [=](std::int32_t j, std::size_t v) {
+        return loadPixels<kChannels>(from + j * kChannels + v * kRowsOfVector * stride, stride);
+      },
+      sums);
+#pragma GCC unroll 4
+  for (std::size_t v = 0; v < kCount; ++v)
+#pragma GCC unroll 4
+    for (std::size_t o = 0; o < kOutputs; ++o)
+      storePixels<kChannels>(out + v * kRowsOfVector, (x + o) * kChannels, sums[o][v]);
 }
 
-template <int kChannels>
-[[gnu::always_inline]] inline void sumPixels(const double* pixel, const FloatTaps& taps, std::size_t at,
-                                             std::size_t rowCount, float* const* out) {
-  F64 sums[kVectors] = {};
-  for (std::int32_t t = 0; t < taps.count; ++t, pixel += kPixelDoubles) {
-    const F64 weight = splat<F64>(taps.weights[t]);
-#pragma GCC unroll 4
-    for (std::size_t v = 0; v < kVectors; ++v) sums[v] += load<F64>(pixel + v * kDoubles) * weight;
-  }
-#pragma GCC unroll 4
-  for (std::size_t v = 0; v < kVectors; ++v)
-    if (rowCount > v * kRowsOfVector)
-      storePixels<kChannels>(out + v * kRowsOfVector, rowCount - v * kRowsOfVector, at * kChannels, sums[v]);
-}
-
-template <int kChannels>
-void rowsOf(const FloatRows& in, const FloatTaps* taps, const RowStretch* stretches, std::size_t stretchCount,
-            float* const* out, double* scratch) {
-  const float* sources[kRows];
-  for (std::size_t r = 0; r < kRows; ++r) sources[r] = in.rows[r < in.count ? r : 0];
-  for (std::size_t s = 0; s < stretchCount; ++s) {
-    const RowStretch& stretch = stretches[s];
-    widenPixels<kChannels>(sources, stretch, in.ahead, scratch);
-    for (std::size_t x = stretch.first; x < stretch.end; ++x) {
-      const std::size_t first = taps[x].count > 0 ? static_cast<std::size_t>(taps[x].left) - stretch.source : 0;
-      sumPixels<kChannels>(scratch + first * kPixelDoubles, taps[x], x, in.count, out);
+// kCount vectors of rows, where the last row may stand for one that is not there.
+template <int kChannels, std::size_t kCount>
+void rowsTogether(const float* from, std::size_t stride, const FloatTaps* taps, std::size_t width, std::size_t ahead,
+                  float* const* out) {
+  Fetching next(from + ahead, ahead, width / kTogether + 1);
+  for (std::size_t x = 0; x < width;) {
+    if (x + kTogether <= width && overlapInOrder(taps + x, kTogether)) {
+      rowBlock<kChannels, kTogether, kCount>(from, stride, taps, x, out);
+      x += kTogether;
+    } else {
+      rowBlock<kChannels, 1, kCount>(from, stride, taps, x, out);
+      ++x;
     }
+    next.portion();
+  }
+}
+
+template <int kChannels>
+void rowsOf(const FloatRows& in, const FloatTaps* taps, std::size_t width, float* const* out) {
+  if (in.count == kRows) return rowsTogether<kChannels, kVectors>(in.first, in.stride, taps, width, in.ahead, out);
+  for (std::size_t r = 0; r < in.count; r += kRowsOfVector) {
+    const bool whole = in.count - r >= kRowsOfVector;
+    float* const to[2] = {out[r], out[whole ? r + kRowsOfVector - 1 : r]};
+    rowsTogether<kChannels, 1>(in.first + r * in.stride, whole ? in.stride : 0, taps, width, 0, to);
   }
 }
 
 #else
 
 constexpr std::size_t kRows = 1;
-constexpr RowStretchShape kShape = {1, 1, 1, 0};
 
 template <int kChannels>
-void rowsOf(const FloatRows& in, const FloatTaps* taps, const RowStretch* stretches, std::size_t stretchCount,
-            float* const* out, double*) {
-  for (std::size_t x = 0; x < stretches[stretchCount - 1].end; ++x) {
+void rowsOf(const FloatRows& in, const FloatTaps* taps, std::size_t width, float* const* out) {
+  for (std::size_t x = 0; x < width; ++x) {
     double sums[kChannels] = {};
-    const float* from = in.rows[0] + static_cast<std::size_t>(taps[x].left) * kChannels;
+    const float* from = in.first + static_cast<std::size_t>(taps[x].left) * kChannels;
     for (std::int32_t t = 0; t < taps[x].count; ++t, from += kChannels)
       for (int c = 0; c < kChannels; ++c) sums[c] += static_cast<double>(from[c]) * taps[x].weights[t];
     for (int c = 0; c < kChannels; ++c)
@@ -162,17 +232,16 @@ void rowsOf(const FloatRows& in, const FloatTaps* taps, const RowStretch* stretc
 
 #endif
 
-void rows(const FloatRows& in, const FloatTaps* taps, const RowStretch* stretches, std::size_t stretchCount,
-          float* const* out, double* scratch) {
+void rows(const FloatRows& in, const FloatTaps* taps, std::size_t width, float* const* out) {
   if (in.channels == 4)
-    rowsOf<4>(in, taps, stretches, stretchCount, out, scratch);
+    rowsOf<4>(in, taps, width, out);
   else
-    rowsOf<3>(in, taps, stretches, stretchCount, out, scratch);
+    rowsOf<3>(in, taps, width, out);
 }
 
 }  // namespace
 
 extern const FloatResamplingKernels floatResampling;
-const FloatResamplingKernels floatResampling = {kRows, kShape, &rows, &columns};
+const FloatResamplingKernels floatResampling = {kRows, kTogether, &rows, &columns};
 
 #include "RegionEnd.h"
