@@ -17,35 +17,39 @@ constexpr std::size_t kVectors = QAV_KERNEL_LEVEL >= 1 ? 4 : 2;
 template <std::size_t kOutputs, std::size_t kCount>
 using Sums = F64[kOutputs][kCount];
 
-// Source positions `at` to end - 1 for the results kFrom to kTo - 1; read(j, v) is vector v of position j.
-template <std::size_t kFrom, std::size_t kTo, std::size_t kOutputs, std::size_t kCount, class Read>
-[[gnu::always_inline]] inline void addSpan(const FloatTaps* taps, std::int32_t at, std::int32_t end, const Read& read,
+// The next `count` source positions for the results kFrom to kTo - 1. weights[o] is the next weight of result o;
+// source.read(v) is vector v of the position, and source.next() goes on to the one behind it.
+template <std::size_t kFrom, std::size_t kTo, std::size_t kOutputs, std::size_t kCount, class Source>
+[[gnu::always_inline]] inline void addSpan(std::int32_t count, const double* (&weights)[kOutputs], Source& source,
                                            Sums<kOutputs, kCount>& sums) {
-  for (std::int32_t j = at; j < end; ++j) {
-    F64 weights[kTo - kFrom];
+  for (; count > 0; --count, source.next()) {
+    F64 weight[kTo];
 #pragma GCC unroll 4
-    for (std::size_t o = kFrom; o < kTo; ++o) weights[o - kFrom] = splat<F64>(taps[o].weights[j - taps[o].left]);
+    for (std::size_t o = kFrom; o < kTo; ++o) weight[o] = splat<F64>(*weights[o]++);
 #pragma GCC unroll 4
     for (std::size_t v = 0; v < kCount; ++v) {
-      const F64 samples = read(j, v);
+      const F64 samples = source.read(v);
 #pragma GCC unroll 4
-      for (std::size_t o = kFrom; o < kTo; ++o) sums[o][v] += samples * weights[o - kFrom];
+      for (std::size_t o = kFrom; o < kTo; ++o) sums[o][v] += samples * weight[o];
     }
   }
 }
 
-// Results that overlap in order: first they begin one after the other, then all take part, then one after the other is
-// done.
-template <std::size_t kOutputs, std::size_t kCount, class Read>
-[[gnu::always_inline]] inline void addAll(const FloatTaps* taps, const Read& read, Sums<kOutputs, kCount>& sums) {
+// Results that overlap in order: they begin one after the other, all take part for a while, and are done one after the
+// other.
+template <std::size_t kOutputs, std::size_t kCount, class Source>
+[[gnu::always_inline]] inline void addAll(const FloatTaps* taps, Source source, Sums<kOutputs, kCount>& sums) {
   static_assert(kOutputs == 1 || kOutputs == 2 || kOutputs == 4);
-  if constexpr (kOutputs > 1) addSpan<0, 1>(taps, taps[0].left, taps[1].left, read, sums);
-  if constexpr (kOutputs > 2) addSpan<0, 2>(taps, taps[1].left, taps[2].left, read, sums);
-  if constexpr (kOutputs > 3) addSpan<0, 3>(taps, taps[2].left, taps[3].left, read, sums);
-  addSpan<0, kOutputs>(taps, taps[kOutputs - 1].left, taps[0].behind(), read, sums);
-  if constexpr (kOutputs > 1) addSpan<1, kOutputs>(taps, taps[0].behind(), taps[1].behind(), read, sums);
-  if constexpr (kOutputs > 2) addSpan<2, kOutputs>(taps, taps[1].behind(), taps[2].behind(), read, sums);
-  if constexpr (kOutputs > 3) addSpan<3, kOutputs>(taps, taps[2].behind(), taps[3].behind(), read, sums);
+  const double* weights[kOutputs];
+#pragma GCC unroll 4
+  for (std::size_t o = 0; o < kOutputs; ++o) weights[o] = taps[o].weights;
+  if constexpr (kOutputs > 1) addSpan<0, 1>(taps[1].left - taps[0].left, weights, source, sums);
+  if constexpr (kOutputs > 2) addSpan<0, 2>(taps[2].left - taps[1].left, weights, source, sums);
+  if constexpr (kOutputs > 3) addSpan<0, 3>(taps[3].left - taps[2].left, weights, source, sums);
+  addSpan<0, kOutputs>(taps[0].behind() - taps[kOutputs - 1].left, weights, source, sums);
+  if constexpr (kOutputs > 1) addSpan<1, kOutputs>(taps[1].behind() - taps[0].behind(), weights, source, sums);
+  if constexpr (kOutputs > 2) addSpan<2, kOutputs>(taps[2].behind() - taps[1].behind(), weights, source, sums);
+  if constexpr (kOutputs > 3) addSpan<3, kOutputs>(taps[3].behind() - taps[2].behind(), weights, source, sums);
 }
 
 [[gnu::always_inline]] inline F64 doublesFromFloats(const float* from) {
@@ -68,14 +72,17 @@ template <std::size_t kOutputs, std::size_t kCount, class Read>
 #endif
 }
 
+struct ColumnSource {
+  const float* const* rows;
+  std::size_t at;
+  F64 read(std::size_t v) const { return doublesFromFloats(*rows + at + v * kDoubles); }
+  void next() { ++rows; }
+};
+
 template <std::size_t kOutputs, std::size_t kCount>
 void columnBlock(const FloatColumns& in, std::size_t at, float* const* out) {
   Sums<kOutputs, kCount> sums = {};
-  const float* const* const rows = in.rows;
-  const std::int32_t left = in.taps[0].left;
-  addAll(
-      in.taps, [=](std::int32_t j, std::size_t v) { return doublesFromFloats(rows[j - left] + at + v * kDoubles); },
-      sums);
+  addAll(in.taps, ColumnSource{in.rows, at}, sums);
 #pragma GCC unroll 4
   for (std::size_t o = 0; o < kOutputs; ++o)
 #pragma GCC unroll 4
@@ -171,15 +178,18 @@ class Fetching {
   std::size_t due_ = 0;
 };
 
+template <int kChannels>
+struct RowSource {
+  const float* pixel;
+  std::size_t stride;
+  F64 read(std::size_t v) const { return loadPixels<kChannels>(pixel + v * kRowsOfVector * stride, stride); }
+  void next() { pixel += kChannels; }
+};
+
 template <int kChannels, std::size_t kOutputs, std::size_t kCount>
 void rowBlock(const float* from, std::size_t stride, const FloatTaps* taps, std::size_t x, float* const* out) {
   Sums<kOutputs, kCount> sums = {};
-  addAll(
-      taps + x,
-      [=](std::int32_t j, std::size_t v) {
-        return loadPixels<kChannels>(from + j * kChannels + v * kRowsOfVector * stride, stride);
-      },
-      sums);
+  addAll(taps + x, RowSource<kChannels>{from + static_cast<std::size_t>(taps[x].left) * kChannels, stride}, sums);
 #pragma GCC unroll 4
   for (std::size_t v = 0; v < kCount; ++v)
 #pragma GCC unroll 4
