@@ -1,6 +1,7 @@
 #pragma once
 
 #include "kernels/RowStretch.h"
+#include "kernels/SourceRows.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -29,7 +30,8 @@ struct ByteTaps {
   std::int32_t excessBound = 0;  ///< of a Ratio: a sum of excesses within it, either way, does not decide
   std::int32_t firstGroup = 0;   ///< the first of the groups of four source positions that `digits` counts from
   std::int32_t groups = 0;
-  const std::int32_t* digits = nullptr;  ///< for each group, the digits of four taps, the highest digits first
+  const std::int32_t* digits = nullptr;  ///< for each group, the digits of four taps, the highest digits first; those
+                                         ///< of the next group follow behind the ones of positions beside this one
 };
 
 struct ByteWeights {
@@ -40,25 +42,18 @@ struct ByteWeights {
   std::int32_t reciprocalShift = 0;
 };
 
-struct ByteRows {
-  const std::uint8_t* const* rows;
-  std::size_t count;   ///< 1 to rowsAtOnce
-  std::size_t pixels;  ///< of each row
-  int channels;        ///< 3 or 4
-};
-
 /// Weighted sums of bytes, rounded half up and limited to 0..255; every result as if taken in double in the order of
 /// the taps.
 struct ByteResamplingKernels {
-  std::size_t rowsAtOnce;
+  std::size_t rowsAtOnce;  ///< the most that `rows` takes
   /// Weights are written in digits of so many bits, the first of them no larger than a number of that size with a sign.
   int digitBits;
   /// Scratch memory in bytes.
   RowStretchShape stretches;
   /// Resamples rows to the positions of at least one stretch. Groups of taps begin at multiples of four; positions are
-  /// computed in fours, each four with one kind of sum.
-  void (*rows)(const ByteRows& in, const ByteTaps* taps, const ByteWeights& weights, const RowStretch* stretches,
-               std::size_t stretchCount, std::uint8_t* const* out, std::uint8_t* scratch);
+  /// computed in fours, each four with one kind of sum and one number of groups, their digits side by side.
+  void (*rows)(const SourceRows<std::uint8_t>& in, const ByteTaps* taps, const ByteWeights& weights,
+               const RowStretch* stretches, std::size_t stretchCount, std::uint8_t* const* out, std::uint8_t* scratch);
   /// Samples first to end - 1 of one output row: the weighted sum of rows, of which there are as many as taps, and at
   /// least four for each group.
   void (*columns)(const std::uint8_t* const* rows, std::size_t first, std::size_t end, const ByteTaps& taps,

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "kernels/SourceRows.h"
+
 #include <cstddef>
 #include <cstdint>
 
@@ -24,14 +26,6 @@ inline bool overlapInOrder(const FloatTaps* taps, std::size_t count) {
   return true;
 }
 
-struct FloatRows {
-  const float* first;
-  std::size_t stride;  ///< samples from row to row
-  std::size_t count;   ///< 1 to rowsAtOnce
-  int channels;        ///< 3 or 4
-  std::size_t ahead;   ///< samples from these rows to as many that come next; 0 when there are none
-};
-
 struct FloatColumns {
   const float* const* rows;  ///< rows[i] is source row taps[0].left + i
   const FloatTaps* taps;
@@ -41,10 +35,10 @@ struct FloatColumns {
 /// Weighted sums of floats, taken in double in the order of the taps and rounded to float. Weights of zero count too:
 /// infinite samples and negative zeros show.
 struct FloatResamplingKernels {
-  std::size_t rowsAtOnce;
+  std::size_t rowsAtOnce;  ///< the most that `rows` takes
   std::size_t outputsTogether;
   /// Resamples rows to `width` positions.
-  void (*rows)(const FloatRows& in, const FloatTaps* taps, std::size_t width, float* const* out);
+  void (*rows)(const SourceRows<float>& in, const FloatTaps* taps, std::size_t width, float* const* out);
   /// Samples first to end - 1 of some output rows: the weighted sums of as many source rows as each has taps.
   void (*columns)(const FloatColumns& in, std::size_t first, std::size_t end, float* const* out);
 };

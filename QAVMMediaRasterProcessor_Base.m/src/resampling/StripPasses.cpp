@@ -22,19 +22,10 @@ std::vector<Sample*> addresses(Sample* first, std::size_t stride, std::size_t co
   return rows;
 }
 
-// Source rows that some output rows look at.
-struct SourceRows {
+// The source rows that some output rows look at.
+struct Span {
   std::size_t left = 0;
   std::size_t count = 0;
-};
-
-// Rows that stand `stride` samples apart; as many that come next lie `ahead` samples further on, 0 when there are none.
-template <class Sample>
-struct RowBlock {
-  const Sample* first;
-  std::size_t stride;
-  std::size_t count;
-  std::size_t ahead;
 };
 
 // The two passes over bytes, as the strips below drive them.
@@ -42,7 +33,7 @@ class BytePasses {
  public:
   using Sample = unsigned char;
 
-  explicit BytePasses(const StripJob<Sample>& job) : pixels_(job.sourceWidth), channels_(job.channels) {
+  explicit BytePasses(const StripJob<Sample>& job) {
     using Order = ByteWeightPlan::Order;
     if (!job.vertical.empty()) vertical_.emplace(job.vertical, Order::Singles, kernels_.digitBits);
     if (job.horizontal.empty()) return;
@@ -52,15 +43,14 @@ class BytePasses {
   }
 
   std::size_t rowsAtOnce() const { return kernels_.rowsAtOnce; }
-  void resampleRows(const RowBlock<Sample>& in, Sample* const* out) {
-    const auto rows = addresses(in.first, in.stride, in.count);
-    kernels_.rows({rows.data(), in.count, pixels_, channels_}, horizontal_->taps.data(), horizontal_->weights,
-                  stretches_.data(), stretches_.size(), out, scratch_.get());
+  void resampleRows(const kernels::SourceRows<Sample>& in, Sample* const* out) {
+    kernels_.rows(in, horizontal_->taps.data(), horizontal_->weights, stretches_.data(), stretches_.size(), out,
+                  scratch_.get());
   }
 
   static std::size_t outputsTogether() { return 1; }
   static std::size_t outputsAt(std::size_t, std::size_t) { return 1; }
-  SourceRows sourcesOf(std::size_t y, std::size_t) const {
+  Span sourcesOf(std::size_t y, std::size_t) const {
     const kernels::ByteTaps& taps = vertical_->taps[y];
     return {static_cast<std::size_t>(taps.left), static_cast<std::size_t>(taps.count)};
   }
@@ -76,8 +66,6 @@ class BytePasses {
 
  private:
   const kernels::ByteResamplingKernels& kernels_ = kernels::byteResamplingKernels();
-  std::size_t pixels_;
-  int channels_;
   std::optional<ByteWeightPlan> horizontal_;
   std::optional<ByteWeightPlan> vertical_;
   std::vector<kernels::RowStretch> stretches_;
@@ -89,11 +77,11 @@ class FloatPasses {
   using Sample = float;
 
   explicit FloatPasses(const StripJob<Sample>& job)
-      : channels_(job.channels), horizontal_(tapsOf(job.horizontal)), vertical_(tapsOf(job.vertical)) {}
+      : horizontal_(tapsOf(job.horizontal)), vertical_(tapsOf(job.vertical)) {}
 
   std::size_t rowsAtOnce() const { return kernels_.rowsAtOnce; }
-  void resampleRows(const RowBlock<Sample>& in, Sample* const* out) const {
-    kernels_.rows({in.first, in.stride, in.count, channels_, in.ahead}, horizontal_.data(), horizontal_.size(), out);
+  void resampleRows(const kernels::SourceRows<Sample>& in, Sample* const* out) const {
+    kernels_.rows(in, horizontal_.data(), horizontal_.size(), out);
   }
 
   std::size_t outputsTogether() const { return kernels_.outputsTogether; }
@@ -101,7 +89,7 @@ class FloatPasses {
     const std::size_t together = outputsTogether();
     return end - y >= together && kernels::overlapInOrder(&vertical_[y], together) ? together : 1;
   }
-  SourceRows sourcesOf(std::size_t y, std::size_t count) const {
+  Span sourcesOf(std::size_t y, std::size_t count) const {
     const std::int32_t left = vertical_[y].left;
     return {static_cast<std::size_t>(left), static_cast<std::size_t>(vertical_[y + count - 1].behind() - left)};
   }
@@ -122,7 +110,6 @@ class FloatPasses {
   }
 
   const kernels::FloatResamplingKernels& kernels_ = kernels::floatResamplingKernels();
-  int channels_;
   std::vector<kernels::FloatTaps> horizontal_;
   std::vector<kernels::FloatTaps> vertical_;
 };
@@ -165,7 +152,7 @@ class ColumnPass {
   template <class RowAt>
   void addGroup(std::size_t y, std::size_t count, RowAt rowAt) {
     groups_.push_back({y, count, rows_.size()});
-    const SourceRows sources = passes_.sourcesOf(y, count);
+    const Span sources = passes_.sourcesOf(y, count);
     for (std::size_t i = 0; i < sources.count; ++i) rows_.push_back(rowAt(sources.left + i));
     for (std::size_t i = sources.count; i < passes_.rowsLookedAt(y, count); ++i) rows_.push_back(rows_.back());
   }
@@ -196,9 +183,9 @@ std::size_t targetStride(const StripJob<Sample>& job) {
 }
 
 template <class Sample>
-RowBlock<Sample> sourceRows(const StripJob<Sample>& job, std::size_t first, std::size_t count) {
+kernels::SourceRows<Sample> sourceRows(const StripJob<Sample>& job, std::size_t first, std::size_t count) {
   const std::size_t stride = sourceStride(job), ahead = job.sourceHeight - first >= 2 * count ? count * stride : 0;
-  return {job.source + first * stride, stride, count, ahead};
+  return {job.source + first * stride, stride, count, job.sourceWidth, job.channels, ahead};
 }
 
 // Samples from row to row of memory of our own, so that all rows begin at the start of a cache line.
@@ -237,7 +224,7 @@ void resampleColumnsThenRows(const StripJob<Sample>& job, Passes& passes) {
         first, first + count, [&](std::size_t row) { return job.source + row * sourceStride(job); },
         [&](std::size_t y) { return between[y - first]; });
     const auto out = addresses(job.target + first * targetStride(job), targetStride(job), count);
-    passes.resampleRows({strip.get(), stride, count, 0}, out.data());
+    passes.resampleRows({strip.get(), stride, count, job.sourceWidth, job.channels, 0}, out.data());
   });
 }
 
@@ -247,13 +234,13 @@ struct RowNeeds {
   RowNeeds(const Passes& passes, std::size_t height) : from(height), upTo(height) {
     std::size_t least = std::numeric_limits<std::size_t>::max();
     for (std::size_t y = height; y-- > 0;) {
-      const SourceRows sources = passes.sourcesOf(y, 1);
+      const Span sources = passes.sourcesOf(y, 1);
       if (sources.count > 0) least = std::min(least, sources.left);
       from[y] = least;
     }
     std::size_t end = 0;
     for (std::size_t y = 0; y < height; ++y) {
-      const SourceRows sources = passes.sourcesOf(y, 1);
+      const Span sources = passes.sourcesOf(y, 1);
       if (sources.count > 0) end = std::max(end, sources.left + sources.count);
       upTo[y] = end;
     }

@@ -7,6 +7,8 @@
 
 #include "Vector.h"
 
+#include "Fetching.h"
+
 namespace {
 
 constexpr std::size_t kDoubles = kLanes<F64>;
@@ -444,25 +446,52 @@ struct Groups {
   return block;
 }
 
-// For both vectors of rows.
+// The sums of a four of pixels in one vector of rows.
 template <int kDigits>
-struct PixelSum {
-  Sum<kDigits> first, second;
+struct FourSums {
+  Sum<kDigits> s0, s1, s2, s3;
 
-  [[gnu::always_inline]] PixelSum(const Groups& groups, const ByteTaps& taps) : first(taps), second(taps) {
-    const std::uint8_t* from = taps.groups > 0 ? groups.at(taps.firstGroup) : groups.bytes;
-    const std::int32_t* digits = taps.digits;
-    for (std::int32_t g = 0; g < taps.groups; ++g, from += kGroupBytes, digits += kDigits) {
-      U8 bytes = load<U8>(from), others = load<U8>(from + kVectorBytes);
-#if QAV_KERNEL_LEVEL >= 3
-      // Keeps the compiler from reading the same bytes again for every digit.
-      __asm__("" : "+v"(bytes), "+v"(others));
-#endif
-      first.add(bytes, digits);
-      second.add(others, digits);
-    }
+  [[gnu::always_inline]] FourSums(const ByteTaps* taps, std::size_t count)
+      : s0(taps[0]), s1(taps[count > 1 ? 1 : 0]), s2(taps[count > 2 ? 2 : 0]), s3(taps[count > 3 ? 3 : 0]) {}
+  [[gnu::always_inline]] Rounded rounded(const ByteWeights& weights) const {
+    return roundedSums(s0, s1, s2, s3, weights);
   }
 };
+
+// Where the groups of each of four pixels begin.
+struct FourSources {
+  const std::uint8_t *p0, *p1, *p2, *p3;
+
+  [[gnu::always_inline]] FourSources(const Groups& groups, const ByteTaps* taps, std::size_t count)
+      : p0(groups.at(taps[0].firstGroup)),
+        p1(groups.at(taps[count > 1 ? 1 : 0].firstGroup)),
+        p2(groups.at(taps[count > 2 ? 2 : 0].firstGroup)),
+        p3(groups.at(taps[count > 3 ? 3 : 0].firstGroup)) {}
+};
+
+// Adds the groups of a four of pixels to the sums of both vectors of rows.
+template <int kDigits>
+[[gnu::always_inline]] inline void addFour(const FourSources& sources, const ByteTaps& taps, FourSums<kDigits>& first,
+                                           FourSums<kDigits>& second) {
+  const auto addGroup = [&](const std::uint8_t* from, const std::int32_t* digits, Sum<kDigits>& sum,
+                            Sum<kDigits>& other) __attribute__((always_inline)) {
+    U8 bytes = load<U8>(from), others = load<U8>(from + kVectorBytes);
+#if QAV_KERNEL_LEVEL >= 3
+    // Keeps the compiler from reading the same bytes again for every digit.
+    __asm__("" : "+v"(bytes), "+v"(others));
+#endif
+    sum.add(bytes, digits);
+    other.add(others, digits);
+  };
+  const std::int32_t* digits = taps.digits;
+  const std::size_t end = static_cast<std::size_t>(taps.groups) * kGroupBytes;
+  for (std::size_t at = 0; at < end; at += kGroupBytes, digits += kBlock * kDigits) {
+    addGroup(sources.p0 + at, digits, first.s0, second.s0);
+    addGroup(sources.p1 + at, digits + kDigits, first.s1, second.s1);
+    addGroup(sources.p2 + at, digits + 2 * kDigits, first.s2, second.s2);
+    addGroup(sources.p3 + at, digits + 3 * kDigits, first.s3, second.s3);
+  }
+}
 
 // Which pixels of a four have a byte in any of the rows among these.
 [[gnu::always_inline]] inline unsigned doubtfulPixels(std::uint64_t bytes) {
@@ -485,13 +514,10 @@ struct Block {
 template <int kDigits>
 [[gnu::always_inline]] inline Block integerBlock(const Groups& groups, const ByteTaps* taps, std::size_t count,
                                                  const ByteWeights& weights) {
-  const PixelSum<kDigits> s0(groups, taps[0]);
-  const PixelSum<kDigits> s1(groups, taps[count > 1 ? 1 : 0]);
-  const PixelSum<kDigits> s2(groups, taps[count > 2 ? 2 : 0]);
-  const PixelSum<kDigits> s3(groups, taps[count > 3 ? 3 : 0]);
-  const Rounded first = roundedSums(s0.first, s1.first, s2.first, s3.first, weights);
-  const Rounded second = roundedSums(s0.second, s1.second, s2.second, s3.second, weights);
-  return {decidedBlock(first, groups, taps, count), decidedBlock(second, groups.ofSecondRows(), taps, count)};
+  FourSums<kDigits> first(taps, count), second(taps, count);
+  addFour(FourSources(groups, taps, count), taps[0], first, second);
+  return {decidedBlock(first.rounded(weights), groups, taps, count),
+          decidedBlock(second.rounded(weights), groups.ofSecondRows(), taps, count)};
 }
 
 [[gnu::noinline]] Block exactBlocks(const Groups& groups, const ByteTaps* taps, std::size_t count) {
@@ -507,25 +533,34 @@ template <int kLane>
 #endif
 }
 
-[[gnu::always_inline]] inline void storeLane(std::uint8_t* to, __m128i lane, std::size_t length) {
-  if (length >= 16)
-    _mm_storeu_si128(reinterpret_cast<__m128i*>(to), lane);
-  else
-    std::memcpy(to, &lane, length);
-}
-
-// One four of pixels. A whole store of three-channel pixels writes four bytes too many, which the next overwrites.
+// A four of pixels of up to two vectors of rows. A whole store of three-channel pixels writes four bytes too many,
+// which the next overwrites.
 template <int kChannels>
-[[gnu::always_inline]] inline void storeBlock(U8 block, std::size_t at, std::size_t pixels, std::size_t rowCount,
+[[gnu::always_inline]] inline void storeBlock(Block block, std::size_t at, std::size_t pixels, std::size_t rowCount,
                                               std::uint8_t* const* out) {
-  if (kChannels == 3)
-    block = shuffleLanes(block, _mm_setr_epi8(0, 1, 2, 4, 5, 6, 8, 9, 10, 12, 13, 14, -1, -1, -1, -1));
+  if (kChannels == 3) {
+    const __m128i order = _mm_setr_epi8(0, 1, 2, 4, 5, 6, 8, 9, 10, 12, 13, 14, -1, -1, -1, -1);
+    block = {shuffleLanes(block.first, order), shuffleLanes(block.second, order)};
+  }
   const std::size_t begin = at * kChannels, left = (pixels - at) * kChannels;
-  const std::size_t length = left >= 16 || left < kBlock * kChannels ? left : kBlock * kChannels;
-  storeLane(out[0] + begin, laneOf<0>(block), length);
-  if (rowCount > 1) storeLane(out[1] + begin, laneOf<1>(block), length);
-  if (kRowsOfVector > 2 && rowCount > 2) storeLane(out[2] + begin, laneOf<2>(block), length);
-  if (kRowsOfVector > 2 && rowCount > 3) storeLane(out[3] + begin, laneOf<3>(block), length);
+  if (rowCount == kRows && left >= 16) [[likely]] {
+    const auto storeRows = [=](U8 v, std::uint8_t* const* to) __attribute__((always_inline)) {
+      _mm_storeu_si128(reinterpret_cast<__m128i*>(to[0] + begin), laneOf<0>(v));
+      _mm_storeu_si128(reinterpret_cast<__m128i*>(to[1] + begin), laneOf<1>(v));
+      if constexpr (kRowsOfVector > 2) {
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(to[2] + begin), laneOf<2>(v));
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(to[3] + begin), laneOf<3>(v));
+      }
+    };
+    storeRows(block.first, out);
+    storeRows(block.second, out + kRowsOfVector);
+    return;
+  }
+  const std::size_t length = left >= 16 || left < kBlock * kChannels ? (left < 16 ? left : 16) : kBlock * kChannels;
+  std::uint8_t lanes[2 * kVectorBytes];
+  store(lanes, block.first);
+  store(lanes + kVectorBytes, block.second);
+  for (std::size_t r = 0; r < rowCount; ++r) std::memcpy(out[r] + begin, lanes + 16 * r, length);
 }
 
 template <int kChannels>
@@ -537,23 +572,24 @@ template <int kChannels>
                       : taps[x].sum == ByteSum::Ratio     ? integerBlock<2>(groups, taps + x, here, weights)
                       : taps[x].sum == ByteSum::OneDigit  ? integerBlock<1>(groups, taps + x, here, weights)
                                                           : exactBlocks(groups, taps + x, here);
-  storeBlock<kChannels>(block.first, x, count, rowCount, out);
-  if (rowCount > kRowsOfVector)
-    storeBlock<kChannels>(block.second, x, count, rowCount - kRowsOfVector, out + kRowsOfVector);
+  storeBlock<kChannels>(block, x, count, rowCount, out);
 }
 
 template <int kChannels>
-void rowsOf(const ByteRows& in, const ByteTaps* taps, const ByteWeights& weights, const RowStretch* stretches,
-            std::size_t stretchCount, std::uint8_t* const* out, std::uint8_t* scratch) {
+void rowsOf(const SourceRows<std::uint8_t>& in, const ByteTaps* taps, const ByteWeights& weights,
+            const RowStretch* stretches, std::size_t stretchCount, std::uint8_t* const* out, std::uint8_t* scratch) {
   const std::size_t count = stretches[stretchCount - 1].end;
   const std::uint8_t* sources[kRows];
-  for (std::size_t r = 0; r < kRows; ++r) sources[r] = in.rows[r < in.count ? r : 0];
+  for (std::size_t r = 0; r < kRows; ++r) sources[r] = in.first + (r < in.count ? r : 0) * in.stride;
+  Fetching next(in.first + in.ahead, in.ahead, count / kBlock + 1);
   for (std::size_t s = 0; s < stretchCount; ++s) {
     const RowStretch& stretch = stretches[s];
     gatherGroups<kChannels>(sources, in.pixels, stretch, scratch);
     const Groups groups = {scratch, static_cast<std::int32_t>(stretch.source)};
-    for (std::size_t x = stretch.first; x < stretch.end; x += kBlock)
+    for (std::size_t x = stretch.first; x < stretch.end; x += kBlock) {
       resampleFour<kChannels>(groups, taps, x, count, weights, in.count, out);
+      next.portion();
+    }
   }
 }
 
@@ -564,11 +600,11 @@ constexpr std::size_t kRows = 1;
 constexpr RowStretchShape kShape = {1, 1, 1, 0};
 
 template <int kChannels>
-void rowsOf(const ByteRows& in, const ByteTaps* taps, const ByteWeights&, const RowStretch* stretches,
+void rowsOf(const SourceRows<std::uint8_t>& in, const ByteTaps* taps, const ByteWeights&, const RowStretch* stretches,
             std::size_t stretchCount, std::uint8_t* const* out, std::uint8_t*) {
   for (std::size_t x = 0; x < stretches[stretchCount - 1].end; ++x) {
     double sums[4] = {};
-    const std::uint8_t* from = in.rows[0] + static_cast<std::size_t>(taps[x].left) * kChannels;
+    const std::uint8_t* from = in.first + static_cast<std::size_t>(taps[x].left) * kChannels;
     for (std::int32_t t = 0; t < taps[x].count; ++t, from += kChannels)
       for (std::size_t c = 0; c < kChannels; ++c) sums[c] += static_cast<double>(from[c]) * taps[x].weights[t];
     std::uint8_t rounded[4];
@@ -580,8 +616,8 @@ void rowsOf(const ByteRows& in, const ByteTaps* taps, const ByteWeights&, const 
 
 #endif
 
-void rows(const ByteRows& in, const ByteTaps* taps, const ByteWeights& weights, const RowStretch* stretches,
-          std::size_t stretchCount, std::uint8_t* const* out, std::uint8_t* scratch) {
+void rows(const SourceRows<std::uint8_t>& in, const ByteTaps* taps, const ByteWeights& weights,
+          const RowStretch* stretches, std::size_t stretchCount, std::uint8_t* const* out, std::uint8_t* scratch) {
   if (in.channels == 4)
     rowsOf<4>(in, taps, weights, stretches, stretchCount, out, scratch);
   else

@@ -6,6 +6,8 @@
 
 #include "Vector.h"
 
+#include "Fetching.h"
+
 namespace {
 
 constexpr std::size_t kDoubles = kLanes<F64>;
@@ -155,29 +157,6 @@ template <int kChannels>
 #endif
 }
 
-// Calls memory into the second-level cache, in even portions while there is something else to do.
-class Fetching {
- public:
-  Fetching(const float* from, std::size_t samples, std::size_t portions)
-      : at_(reinterpret_cast<const char*>(from)),
-        left_(samples * sizeof(float)),
-        portion_((left_ + portions - 1) / portions) {}
-
-  void portion() {
-    const std::size_t now = portion_ < left_ ? portion_ : left_;
-    due_ += now;
-    left_ -= now;
-    constexpr std::size_t kLine = 64;
-    for (; due_ >= kLine; due_ -= kLine, at_ += kLine) _mm_prefetch(at_, _MM_HINT_T1);
-  }
-
- private:
-  const char* at_;
-  std::size_t left_;
-  std::size_t portion_;
-  std::size_t due_ = 0;
-};
-
 template <int kChannels>
 struct RowSource {
   const float* pixel;
@@ -215,7 +194,7 @@ void rowsTogether(const float* from, std::size_t stride, const FloatTaps* taps, 
 }
 
 template <int kChannels>
-void rowsOf(const FloatRows& in, const FloatTaps* taps, std::size_t width, float* const* out) {
+void rowsOf(const SourceRows<float>& in, const FloatTaps* taps, std::size_t width, float* const* out) {
   if (in.count == kRows) return rowsTogether<kChannels, kVectors>(in.first, in.stride, taps, width, in.ahead, out);
   for (std::size_t r = 0; r < in.count; r += kRowsOfVector) {
     const bool whole = in.count - r >= kRowsOfVector;
@@ -229,7 +208,7 @@ void rowsOf(const FloatRows& in, const FloatTaps* taps, std::size_t width, float
 constexpr std::size_t kRows = 1;
 
 template <int kChannels>
-void rowsOf(const FloatRows& in, const FloatTaps* taps, std::size_t width, float* const* out) {
+void rowsOf(const SourceRows<float>& in, const FloatTaps* taps, std::size_t width, float* const* out) {
   for (std::size_t x = 0; x < width; ++x) {
     double sums[kChannels] = {};
     const float* from = in.first + static_cast<std::size_t>(taps[x].left) * kChannels;
@@ -242,7 +221,7 @@ void rowsOf(const FloatRows& in, const FloatTaps* taps, std::size_t width, float
 
 #endif
 
-void rows(const FloatRows& in, const FloatTaps* taps, std::size_t width, float* const* out) {
+void rows(const SourceRows<float>& in, const FloatTaps* taps, std::size_t width, float* const* out) {
   if (in.channels == 4)
     rowsOf<4>(in, taps, width, out);
   else
