@@ -356,17 +356,10 @@ constexpr std::size_t kRows = 2 * kRowsOfVector;
 constexpr std::size_t kGroupBytes = 2 * kVectorBytes;
 constexpr std::size_t kBlock = 4;
 
-constexpr RowStretchShape kShape = {kBlock, 4, 16384 / kGroupBytes, kGroupBytes};
-
-[[gnu::always_inline]] inline U8 fromLanes(const __m128i (&lanes)[kRowsOfVector]) {
-#if QAV_KERNEL_LEVEL >= 2
-  const __m256i low = _mm256_inserti128_si256(_mm256_castsi128_si256(lanes[0]), lanes[1], 1);
-  const __m256i high = _mm256_inserti128_si256(_mm256_castsi128_si256(lanes[2]), lanes[3], 1);
-  return (U8)_mm512_inserti64x4(_mm512_castsi256_si512(low), high, 1);
-#else
-  return (U8)_mm256_inserti128_si256(_mm256_castsi128_si256(lanes[0]), lanes[1], 1);
-#endif
-}
+// Groups are gathered a vector of each row at a time.
+constexpr std::size_t kUnitPixels = 4 * kRowsOfVector;
+constexpr std::size_t kUnitBytes = kRowsOfVector * kGroupBytes;
+constexpr RowStretchShape kShape = {kBlock, kUnitPixels, 16384 / kUnitBytes, kUnitBytes};
 
 [[gnu::always_inline]] inline U8 shuffleLanes(U8 v, __m128i order) {
 #if QAV_KERNEL_LEVEL >= 2
@@ -376,28 +369,79 @@ constexpr RowStretchShape kShape = {kBlock, 4, 16384 / kGroupBytes, kGroupBytes}
 #endif
 }
 
+// As many groups of one row as a vector has lanes, from memory that is readable for a whole vector.
 template <int kChannels>
-void gatherGroups(const std::uint8_t* const* in, std::size_t pixels, const RowStretch& stretch, std::uint8_t* groups) {
+[[gnu::always_inline]] inline U8 groupsOfRow(const std::uint8_t* from) {
+  const U8 bytes = load<U8>(from);
+  if constexpr (kChannels == 4) return bytes;
+#if QAV_KERNEL_LEVEL >= 2
+  const __m512i order = _mm512_setr_epi32(0, 1, 2, 3, 3, 4, 5, 6, 6, 7, 8, 9, 9, 10, 11, 12);
+  return (U8)_mm512_permutexvar_epi32(order, (__m512i)bytes);
+#else
+  return (U8)_mm256_permutevar8x32_epi32((__m256i)bytes, _mm256_setr_epi32(0, 1, 2, 3, 3, 4, 5, 6));
+#endif
+}
+
+// Lane l of row r becomes lane r of vector l.
+[[gnu::always_inline]] inline void transposeLanes(U8 (&rows)[kRowsOfVector]) {
+#if QAV_KERNEL_LEVEL >= 2
+  const auto a = (__m512i)rows[0], b = (__m512i)rows[1], c = (__m512i)rows[2], d = (__m512i)rows[3];
+  const __m512i abLow = _mm512_shuffle_i32x4(a, b, 0x44), abHigh = _mm512_shuffle_i32x4(a, b, 0xEE);
+  const __m512i cdLow = _mm512_shuffle_i32x4(c, d, 0x44), cdHigh = _mm512_shuffle_i32x4(c, d, 0xEE);
+  rows[0] = (U8)_mm512_shuffle_i32x4(abLow, cdLow, 0x88);
+  rows[1] = (U8)_mm512_shuffle_i32x4(abLow, cdLow, 0xDD);
+  rows[2] = (U8)_mm512_shuffle_i32x4(abHigh, cdHigh, 0x88);
+  rows[3] = (U8)_mm512_shuffle_i32x4(abHigh, cdHigh, 0xDD);
+#else
+  const auto a = (__m256i)rows[0], b = (__m256i)rows[1];
+  rows[0] = (U8)_mm256_permute2x128_si256(a, b, 0x20);
+  rows[1] = (U8)_mm256_permute2x128_si256(a, b, 0x31);
+#endif
+}
+
+// The groups of a unit, in a vector of rows.
+template <int kChannels>
+[[gnu::always_inline]] inline void storeGroups(U8 (&lanes)[kRowsOfVector], std::uint8_t* groups) {
   const __m128i order = kChannels == 4 ? _mm_setr_epi8(0, 4, 8, 12, 1, 5, 9, 13, 2, 6, 10, 14, 3, 7, 11, 15)
                                        : _mm_setr_epi8(0, 3, 6, 9, 1, 4, 7, 10, 2, 5, 8, 11, -1, -1, -1, -1);
-  const std::size_t bytes = pixels * kChannels;
-  const auto gather = [&](auto loadLane) {
-    for (std::size_t first = 0; first < kRows; first += kRowsOfVector, groups += kVectorBytes) {
-      __m128i lanes[kRowsOfVector];
-      for (std::size_t r = 0; r < kRowsOfVector; ++r) lanes[r] = loadLane(in[first + r]);
-      store(groups, shuffleLanes(fromLanes(lanes), order));
+  transposeLanes(lanes);
+#pragma GCC unroll 4
+  for (std::size_t g = 0; g < kRowsOfVector; ++g) store(groups + g * kGroupBytes, shuffleLanes(lanes[g], order));
+}
+
+// A unit of rows that end within it, or of fewer rows than there are lanes for.
+template <int kChannels>
+[[gnu::noinline]] void gatherLastUnit(const SourceRows<std::uint8_t>& in, std::size_t unit, std::uint8_t* groups) {
+  const std::size_t at = unit * kUnitPixels * kChannels, left = in.pixels * kChannels - at;
+  const std::size_t here = left < kUnitPixels * kChannels ? left : kUnitPixels * kChannels;
+  for (std::size_t first = 0; first < kRows; first += kRowsOfVector, groups += kVectorBytes) {
+    U8 lanes[kRowsOfVector];
+    for (std::size_t r = 0; r < kRowsOfVector; ++r) {
+      std::uint8_t row[kVectorBytes] = {};
+      std::memcpy(row, in.first + (first + r < in.count ? first + r : 0) * in.stride + at, here);
+      lanes[r] = groupsOfRow<kChannels>(row);
     }
-  };
-  for (std::size_t g = stretch.source; g < stretch.source + stretch.length; ++g) {
-    const std::size_t at = g * 4 * kChannels;
-    if (at + 16 <= bytes)
-      gather([=](const std::uint8_t* row) { return _mm_loadu_si128(reinterpret_cast<const __m128i*>(row + at)); });
-    else
-      gather([=](const std::uint8_t* row) {
-        __m128i lane = _mm_setzero_si128();
-        std::memcpy(&lane, row + at, bytes - at);
-        return lane;
-      });
+    storeGroups<kChannels>(lanes, groups);
+  }
+}
+
+template <int kChannels>
+void gatherGroups(const SourceRows<std::uint8_t>& in, const RowStretch& stretch, std::uint8_t* groups) {
+  const std::size_t bytes = in.pixels * kChannels;
+  for (std::size_t unit = stretch.source; unit < stretch.source + stretch.length; ++unit, groups += kUnitBytes) {
+    const std::size_t at = unit * kUnitPixels * kChannels;
+    if (in.count < kRows || at + kVectorBytes > bytes) [[unlikely]] {
+      gatherLastUnit<kChannels>(in, unit, groups);
+      continue;
+    }
+#pragma GCC unroll 2
+    for (std::size_t half = 0; half < 2; ++half) {
+      U8 lanes[kRowsOfVector];
+#pragma GCC unroll 4
+      for (std::size_t r = 0; r < kRowsOfVector; ++r)
+        lanes[r] = groupsOfRow<kChannels>(in.first + (half * kRowsOfVector + r) * in.stride + at);
+      storeGroups<kChannels>(lanes, groups + half * kVectorBytes);
+    }
   }
 }
 
@@ -579,13 +623,11 @@ template <int kChannels>
 void rowsOf(const SourceRows<std::uint8_t>& in, const ByteTaps* taps, const ByteWeights& weights,
             const RowStretch* stretches, std::size_t stretchCount, std::uint8_t* const* out, std::uint8_t* scratch) {
   const std::size_t count = stretches[stretchCount - 1].end;
-  const std::uint8_t* sources[kRows];
-  for (std::size_t r = 0; r < kRows; ++r) sources[r] = in.first + (r < in.count ? r : 0) * in.stride;
   Fetching next(in.first + in.ahead, in.ahead, count / kBlock + 1);
   for (std::size_t s = 0; s < stretchCount; ++s) {
     const RowStretch& stretch = stretches[s];
-    gatherGroups<kChannels>(sources, in.pixels, stretch, scratch);
-    const Groups groups = {scratch, static_cast<std::int32_t>(stretch.source)};
+    gatherGroups<kChannels>(in, stretch, scratch);
+    const Groups groups = {scratch, static_cast<std::int32_t>(stretch.source * kRowsOfVector)};
     for (std::size_t x = stretch.first; x < stretch.end; x += kBlock) {
       resampleFour<kChannels>(groups, taps, x, count, weights, in.count, out);
       next.portion();
