@@ -513,27 +513,35 @@ struct FourSources {
         p3(groups.at(taps[count > 3 ? 3 : 0].firstGroup)) {}
 };
 
-// Adds the groups of a four of pixels to the sums of both vectors of rows.
-template <int kDigits>
+// Adds a group of both vectors of rows to the sums of one pixel, or of the next one, too, which has the same group.
+template <bool kForTwo, int kDigits>
+[[gnu::always_inline]] inline void addGroup(const std::uint8_t* from, const std::int32_t* digits, Sum<kDigits>& first,
+                                            Sum<kDigits>& second, Sum<kDigits>& nextFirst, Sum<kDigits>& nextSecond) {
+  U8 bytes = load<U8>(from), others = load<U8>(from + kVectorBytes);
+#if QAV_KERNEL_LEVEL >= 3
+  // Keeps the compiler from reading the same bytes again for every digit.
+  __asm__("" : "+v"(bytes), "+v"(others));
+#endif
+  first.add(bytes, digits);
+  second.add(others, digits);
+  if constexpr (kForTwo) {
+    nextFirst.add(bytes, digits + kDigits);
+    nextSecond.add(others, digits + kDigits);
+  }
+}
+
+// Adds the groups of a four of pixels to the sums of both vectors of rows. kInPairs: the first two pixels begin with
+// one group, and so do the others.
+template <bool kInPairs, int kDigits>
 [[gnu::always_inline]] inline void addFour(const FourSources& sources, const ByteTaps& taps, FourSums<kDigits>& first,
                                            FourSums<kDigits>& second) {
-  const auto addGroup = [&](const std::uint8_t* from, const std::int32_t* digits, Sum<kDigits>& sum,
-                            Sum<kDigits>& other) __attribute__((always_inline)) {
-    U8 bytes = load<U8>(from), others = load<U8>(from + kVectorBytes);
-#if QAV_KERNEL_LEVEL >= 3
-    // Keeps the compiler from reading the same bytes again for every digit.
-    __asm__("" : "+v"(bytes), "+v"(others));
-#endif
-    sum.add(bytes, digits);
-    other.add(others, digits);
-  };
   const std::int32_t* digits = taps.digits;
   const std::size_t end = static_cast<std::size_t>(taps.groups) * kGroupBytes;
   for (std::size_t at = 0; at < end; at += kGroupBytes, digits += kBlock * kDigits) {
-    addGroup(sources.p0 + at, digits, first.s0, second.s0);
-    addGroup(sources.p1 + at, digits + kDigits, first.s1, second.s1);
-    addGroup(sources.p2 + at, digits + 2 * kDigits, first.s2, second.s2);
-    addGroup(sources.p3 + at, digits + 3 * kDigits, first.s3, second.s3);
+    addGroup<kInPairs>(sources.p0 + at, digits, first.s0, second.s0, first.s1, second.s1);
+    if (!kInPairs) addGroup<false>(sources.p1 + at, digits + kDigits, first.s1, second.s1, first.s1, second.s1);
+    addGroup<kInPairs>(sources.p2 + at, digits + 2 * kDigits, first.s2, second.s2, first.s3, second.s3);
+    if (!kInPairs) addGroup<false>(sources.p3 + at, digits + 3 * kDigits, first.s3, second.s3, first.s3, second.s3);
   }
 }
 
@@ -559,7 +567,12 @@ template <int kDigits>
 [[gnu::always_inline]] inline Block integerBlock(const Groups& groups, const ByteTaps* taps, std::size_t count,
                                                  const ByteWeights& weights) {
   FourSums<kDigits> first(taps, count), second(taps, count);
-  addFour(FourSources(groups, taps, count), taps[0], first, second);
+  const FourSources sources(groups, taps, count);
+  // Sums of one digit would wait for the reading of bytes.
+  if (kDigits == 1 && sources.p0 == sources.p1 && sources.p2 == sources.p3)
+    addFour<true>(sources, taps[0], first, second);
+  else
+    addFour<false>(sources, taps[0], first, second);
   return {decidedBlock(first.rounded(weights), groups, taps, count),
           decidedBlock(second.rounded(weights), groups.ofSecondRows(), taps, count)};
 }
