@@ -133,9 +133,17 @@ class Planner {
   double largestDigit() const { return digitBits_ == 8 ? 127.0 : 64.0; }
   double largestQuanta() const { return largestDigit() * powerOfTwo(2 * digitBits_); }
 
+  // Whole ratios of sizes give most positions the weights of the one before.
+  bool weighsLikeTheOneBefore(std::size_t i) const {
+    return i > 0 && std::ranges::equal(weightsOf(plan_.taps[i]), weightsOf(plan_.taps[i - 1]));
+  }
+
   void summarise() {
     summaries_.reserve(plan_.taps.size());
-    for (const ByteTaps& taps : plan_.taps) summaries_.push_back(summaryOf(taps));
+    for (std::size_t i = 0; i < plan_.taps.size(); ++i) {
+      like_.push_back(weighsLikeTheOneBefore(i));
+      summaries_.push_back(like_[i] ? summaries_[i - 1] : summaryOf(plan_.taps[i]));
+    }
   }
 
   void chooseShifts() {
@@ -168,7 +176,7 @@ class Planner {
       const Summary& summary = summaries_[i];
       ByteTaps& taps = plan_.taps[i];
       if (!summary.ordinary || summary.largest * powerOfTwo(three) > largestQuanta()) continue;
-      quantised[i] = quantise(taps, summary, three);
+      quantised[i] = like_[i] ? quantised[i - 1] : quantise(taps, summary, three);
       // More doubt than this would not be worth while.
       if (quantised[i].error > powerOfTwo(three - 8)) continue;
       error = std::max(error, quantised[i].error);
@@ -319,6 +327,7 @@ class Planner {
   std::vector<std::int32_t>& digits_;
   bool fours_;
   int digitBits_;
+  std::vector<bool> like_;
   std::vector<Summary> summaries_;
   std::vector<std::optional<Ratio>> ratios_;
   std::int32_t parts_ = 0;
