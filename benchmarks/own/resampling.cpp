@@ -53,6 +53,7 @@ using Lanczos = QAVMMLanczos3Filter;
     addOurs("resize float cubic to 640x360", 3, scaling<Cubic>(floats, 640, 360)),
     addOurs("resize float cubic to 960x540", 3, scaling<Cubic>(floats, 960, 540)),
     addOurs("resize float cubic to 2880x1620", 3, scaling<Cubic>(floats, 2880, 1620)),
+    addOurs("resize float cubic to 2880x1620, anew", 3, scaling<Cubic>(floats, 2880, 1620)),
 };
 
 }  // namespace
