@@ -30,17 +30,26 @@ class TemporaryFolder {
   TemporaryFolder& operator=(const TemporaryFolder&) = delete;
 
   std::string path(const std::string& name) const { return (folder_ / name).string(); }
-  std::string write(const std::string& name, const std::vector<std::uint8_t>& bytes) const {
+  template <class Content>  // of bytes or of characters
+  std::string write(const std::string& name, const Content& content) const {
     std::ofstream(path(name), std::ios::binary)
-        .write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+        .write(reinterpret_cast<const char*>(content.data()), static_cast<std::streamsize>(content.size()));
     return path(name);
+  }
+  std::size_t count() const { return filesIn("").size(); }
+  std::vector<std::string> filesIn(const std::string& folder) const {
+    std::vector<std::string> names;
+    for (const auto& entry : std::filesystem::directory_iterator(folder_ / folder))
+      names.push_back(entry.path().filename());
+    return names;
   }
 
  private:
   std::filesystem::path folder_;
 };
 
-inline std::vector<std::uint8_t> readFile(const std::string& path) {
+template <class Content = std::vector<std::uint8_t>>
+Content readFile(const std::string& path) {
   std::ifstream file(path, std::ios::binary);
   return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
 }
