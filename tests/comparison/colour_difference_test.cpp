@@ -66,6 +66,7 @@ TEST(ColourDifference, ThePublishedPairs) {
     for (std::size_t i = 0; i < 34; ++i) {
       const double plain = platformDifference(kPublished[i], kPublished[i] + 3);
       EXPECT_NEAR(plain, kPublished[i][6], 5e-5) << i;
+      EXPECT_NEAR(platformDifference(kPublished[i] + 3, kPublished[i]), kPublished[i][6], 5e-5) << i;
       // Only the pairs of opposite hues, and the one of hue 0, are left to the caller.
       const bool left = (i >= 8 && i < 15) || i == 21;
       EXPECT_EQ(pairs->difference[i] < 0.0, left) << i;

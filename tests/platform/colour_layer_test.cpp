@@ -163,26 +163,8 @@ double difference(const double (&a)[3], const double (&b)[3], DELTA_E_METHOD met
   return result;
 }
 
-TEST(DeltaE, MatchesPublishedPairs) {
-  struct {
-    double first[3], second[3], expected;
-  } const pairs[] = {// Sharma, Wu, Dalal (2005): pairs 1, 4, 7, 9, 11, 16, 17, 25 and 34
-                     {{50, 2.6772, -79.7751}, {50, 0, -82.7485}, 2.0425},
-                     {{50, -1.3802, -84.2814}, {50, 0, -82.7485}, 1.0000},
-                     {{50, 0, 0}, {50, -1, 2}, 2.3669},
-                     {{50, 2.49, -0.0010}, {50, -2.49, 0.0009}, 7.1792},
-                     {{50, 2.49, -0.0010}, {50, -2.49, 0.0011}, 7.2195},
-                     {{50, 2.5, 0}, {50, 0, -2.5}, 4.3065},
-                     {{50, 2.5, 0}, {73, 25, -18}, 27.1492},
-                     {{60.2574, -34.0099, 36.2677}, {60.4626, -34.1751, 39.4387}, 1.2644},
-                     {{2.0776, 0.0795, -1.1350}, {0.9033, -0.0636, -0.5514}, 0.9082}};
-  for (const auto& p : pairs) {
-    EXPECT_NEAR(difference(p.first, p.second, DELTA_E_CIEDE2000), p.expected, 5e-5);
-    EXPECT_NEAR(difference(p.second, p.first, DELTA_E_CIEDE2000), p.expected, 5e-5);
-  }
-}
-
-TEST(DeltaE, OtherMethodsAndWeights) {
+// The published pairs of CIEDE2000 are beside its vectorised form, in the tests of the comparison.
+TEST(DeltaE, MethodsAndWeights) {
   const double grey[3] = {50, 0, 0}, lighter[3] = {53, 0, 0}, colour[3] = {50, 3, 4};
   EXPECT_NEAR(difference(grey, colour, DELTA_E_CIE76), 5.0, 1e-12);
   for (const int method : {0, 1, 2, 3, 4})

@@ -30,7 +30,7 @@ class TemporaryFolder {
   TemporaryFolder& operator=(const TemporaryFolder&) = delete;
 
   std::string path(const std::string& name) const { return (folder_ / name).string(); }
-  template <class Content>  // of bytes or of characters
+  template <class Content = std::vector<std::uint8_t>>
   std::string write(const std::string& name, const Content& content) const {
     std::ofstream(path(name), std::ios::binary)
         .write(reinterpret_cast<const char*>(content.data()), static_cast<std::streamsize>(content.size()));

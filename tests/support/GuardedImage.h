@@ -1,0 +1,26 @@
+#pragma once
+
+#include "support/GuardedBytes.h"
+#include "support/Images.h"
+
+namespace qav::test {
+
+/// A copy of an image of bytes in guarded memory, which begins `misalignment` bytes behind where it otherwise would.
+class GuardedImage {
+ public:
+  GuardedImage(const QAVPixelImage& original, std::size_t misalignment) : memory_(byteCount(original), misalignment) {
+    int width = 0, height = 0;
+    original.GetSize(width, height);
+    std::copy_n(original.GetPixelsToRead(), memory_.size(), memory_.data());
+    image_.reset(new QAVPixelImage(width, height, original.GetFormat(), memory_.data(), QAVDeallocatePixelsByCaller));
+  }
+
+  QAVPixelImage& operator*() { return *image_; }
+  [[nodiscard]] bool guardsIntact() const { return memory_.guardsIntact(); }
+
+ private:
+  GuardedBytes memory_;
+  Image image_;
+};
+
+}  // namespace qav::test
