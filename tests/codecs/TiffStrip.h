@@ -8,10 +8,11 @@
 
 namespace qav::test {
 
-/// A Group 4 page as libtiff codes and decodes it, in a file in memory. Its rows begin on whole bytes.
+/// A bilevel page as libtiff codes and decodes it, in a file in memory. Its rows begin on whole bytes.
 class TiffStrip {
  public:
-  TiffStrip(int width, int height) : width_(width), height_(height) {}
+  TiffStrip(int width, int height, int compression = COMPRESSION_CCITTFAX4)
+      : width_(width), height_(height), compression_(compression) {}
 
   bool encode(std::vector<std::uint8_t> rows) {
     return write([&](TIFF* tiff) { return TIFFWriteEncodedStrip(tiff, 0, rows.data(), count(rows)); });
@@ -54,7 +55,7 @@ class TiffStrip {
     TIFF* const tiff = file_.open("w");
     TIFFSetField(tiff, TIFFTAG_IMAGEWIDTH, width_);
     TIFFSetField(tiff, TIFFTAG_IMAGELENGTH, height_);
-    TIFFSetField(tiff, TIFFTAG_COMPRESSION, COMPRESSION_CCITTFAX4);
+    TIFFSetField(tiff, TIFFTAG_COMPRESSION, compression_);
     TIFFSetField(tiff, TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_MINISWHITE);
     TIFFSetField(tiff, TIFFTAG_BITSPERSAMPLE, 1);
     TIFFSetField(tiff, TIFFTAG_ROWSPERSTRIP, height_);
@@ -63,7 +64,7 @@ class TiffStrip {
     return written;
   }
 
-  int width_, height_;
+  int width_, height_, compression_;
   MemoryTiff file_;
 };
 

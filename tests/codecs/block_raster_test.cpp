@@ -3,15 +3,12 @@
 #include "codecs/BlockBands.h"
 #include "codecs/BlockDataType.h"
 #include "codecs/block_file_writer.h"
+#include "support/Files.h"
 #include "support/GuardedBytes.h"
 
 #include <gtest/gtest.h>
 
-#include <unistd.h>
-
 #include <algorithm>
-#include <cstdio>
-#include <fstream>
 #include <random>
 
 namespace qav::test {
@@ -19,34 +16,15 @@ namespace {
 
 using Bytes = std::vector<std::uint8_t>;
 
-/// A file that lives as long as the object.
-class TemporaryFile {
- public:
-  explicit TemporaryFile(const Bytes& bytes)
-      : path_(testing::TempDir() + "block" + std::to_string(getpid()) + "_" + std::to_string(++number())) {
-    std::ofstream(path_, std::ios::binary)
-        .write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
-  }
-  ~TemporaryFile() { std::remove(path_.c_str()); }
-  const char* path() const { return path_.c_str(); }
-
- private:
-  static int& number() {
-    static int n = 0;
-    return n;
-  }
-  std::string path_;
-};
-
 struct Header {
   int result, kind;
   std::int64_t extent[2];
 };
 
 Header header(const Bytes& file) {
-  const TemporaryFile temporary(file);
+  const TemporaryFolder folder;
   Header h{0, 77, {-1, -1}};
-  h.result = ripicrhd(temporary.path(), &h.kind, h.extent);
+  h.result = ripicrhd(folder.write("file", file).c_str(), &h.kind, h.extent);
   return h;
 }
 
@@ -56,11 +34,11 @@ struct Picture {
 };
 
 Picture read(const Bytes& file, std::int64_t x, std::int64_t y, std::int64_t width, std::int64_t height) {
-  const TemporaryFile temporary(file);
+  const TemporaryFolder folder;
   GuardedBytes out(static_cast<std::size_t>(std::max<std::int64_t>(0, width) * std::max<std::int64_t>(0, height) * 3));
   const std::int64_t origin[2] = {x, y}, size[2] = {width, height};
   int kind = 1;
-  const int result = ripicrdt(temporary.path(), &kind, origin, size, out.data());
+  const int result = ripicrdt(folder.write("file", file).c_str(), &kind, origin, size, out.data());
   EXPECT_TRUE(out.guardsIntact());
   return {result, out.bytes()};
 }
@@ -271,14 +249,15 @@ TEST(BlockRasterData, ResultsOfBadRequestsAndFiles) {
   const std::int64_t origin[2] = {0, 0}, size[2] = {1, 1};
   Bytes out(3, 9);
   int kind = 0;
-  const TemporaryFile file(good);
-  EXPECT_EQ(ripicrdt(file.path(), &kind, origin, size, out.data()), -5);
+  const TemporaryFolder folder;
+  const std::string path = folder.write("file", good);
+  EXPECT_EQ(ripicrdt(path.c_str(), &kind, origin, size, out.data()), -5);
   EXPECT_EQ(out, Bytes(3, 0));
-  EXPECT_EQ(ripicrdt(file.path(), nullptr, origin, size, out.data()), -5);
+  EXPECT_EQ(ripicrdt(path.c_str(), nullptr, origin, size, out.data()), -5);
   kind = 1;
   EXPECT_EQ(ripicrdt("/no/such/file", &kind, origin, size, out.data()), -5);
-  EXPECT_EQ(ripicrdt(file.path(), &kind, nullptr, size, out.data()), -10);
-  EXPECT_EQ(ripicrdt(file.path(), &kind, origin, nullptr, out.data()), -11);
+  EXPECT_EQ(ripicrdt(path.c_str(), &kind, nullptr, size, out.data()), -10);
+  EXPECT_EQ(ripicrdt(path.c_str(), &kind, origin, nullptr, out.data()), -11);
 }
 
 // The forms whose offsets do not count the bytes of a sample, worked out by hand.
