@@ -2,6 +2,7 @@
 
 #include "comparison/ColourDifferences.h"
 
+#include "support/Files.h"
 #include "support/Images.h"
 
 #include <gtest/gtest.h>
@@ -9,7 +10,6 @@
 #include <algorithm>
 #include <bit>
 #include <cmath>
-#include <filesystem>
 #include <limits>
 
 namespace qav::test {
@@ -199,32 +199,21 @@ TEST(Comparator, RefusedImages) {
   }
 }
 
-// A folder of its own for each test, removed with what is in it.
 class ComparedFiles : public testing::Test {
  protected:
-  ComparedFiles() {
-    std::filesystem::remove_all(folder_);
-    std::filesystem::create_directories(folder_);
-  }
-  ~ComparedFiles() override { std::filesystem::remove_all(folder_); }
-
   std::string Write(const Image& image, const std::string& name) {
-    EXPECT_EQ(image->WriteToFile(folder_ + "/" + name, "TIFF"), S_OK);
-    return folder_ + "/" + name;
+    EXPECT_EQ(image->WriteToFile(folder_.path(name), "TIFF"), S_OK);
+    return folder_.path(name);
   }
   Image Read(const std::string& name) {
-    return Image(QAVPixelImage::CreateFromFile(folder_ + "/" + name, QAVReadOnly, 0));
+    return Image(QAVPixelImage::CreateFromFile(folder_.path(name), QAVReadOnly, 0));
   }
   int Compare(const std::string& a, const std::string& b, double scale, bool colour, bool relative) {
-    return QAVPixelImageComparator::ImageCompare(a, b, folder_ + "/out", 1.0, 2, scale, o_.mean, o_.count,
+    return QAVPixelImageComparator::ImageCompare(a, b, folder_.path("out"), 1.0, 2, scale, o_.mean, o_.count,
                                                  o_.percentage, o_.deviation, o_.maximum, o_.median, colour, relative);
   }
-  std::size_t FilesCount() const {
-    return static_cast<std::size_t>(std::distance(std::filesystem::directory_iterator(folder_), {}));
-  }
 
-  std::string folder_ =
-      testing::TempDir() + "/qav_comparison_" + testing::UnitTest::GetInstance()->current_test_info()->name();
+  TemporaryFolder folder_;
   Outcome o_;
 };
 
@@ -271,7 +260,7 @@ TEST_F(ComparedFiles, PicturesOfTheDifferences) {
       EXPECT_EQ(bytesOf(*relative), plainPicture(expected.entries, expected.maximum, colour));
     }
   }
-  EXPECT_EQ(FilesCount(), 4u);
+  EXPECT_EQ(folder_.count(), 4u);
 }
 
 TEST_F(ComparedFiles, FloatingPointPreviews) {
@@ -298,12 +287,11 @@ TEST_F(ComparedFiles, FloatingPointPreviews) {
 TEST_F(ComparedFiles, FilesThatCannotBeCompared) {
   const std::string rgb = Write(makeImage(4, 3, RGB888), "rgb"), tall = Write(makeImage(4, 4, RGB888), "tall"),
                     grey = Write(makeImage(4, 3, L8), "grey"), rgba = Write(makeImage(4, 3, RGBA8888), "rgba"),
-                    floats = Write(makeImage(4, 3, RGBFloat), "floats"), text = folder_ + "/text";
-  std::fclose(std::fopen(text.c_str(), "w"));
+                    floats = Write(makeImage(4, 3, RGBFloat), "floats"), text = folder_.write("text", {});
   const std::string pairs[][2] = {{rgb, tall}, {rgb, grey},  {grey, rgb},   {grey, grey},  {rgba, rgb}, {rgb, text},
                                   {text, rgb}, {rgb, "/no"}, {floats, rgb}, {rgb, floats}, {"", ""},    {text, text}};
   for (const auto& [a, b] : pairs) EXPECT_EQ(Compare(a, b, 1.0, true, true), 0) << a << " " << b;
-  EXPECT_EQ(FilesCount(), 6u);
+  EXPECT_EQ(folder_.count(), 6u);
   EXPECT_EQ(Compare(rgb, rgba, 1.0, true, false), 1);
 }
 
