@@ -8,6 +8,8 @@
 
 #include <gtest/gtest.h>
 
+#include <random>
+
 namespace qav::test {
 namespace {
 
@@ -31,16 +33,19 @@ const Corpus kCorpora[] = {
     {"sgi_rows", fuzz::sgi_rows},
 };
 
-class Corpora : public testing::TestWithParam<Corpus> {};
-
-// Runs a fuzz target over every file in its corpus, over every prefix of it, and with every single bit turned over; of
-// large files only some thousand of these. Inputs stand in arrays of their exact size.
-TEST_P(Corpora, Replay) {
-  const auto run = [&](std::span<const std::uint8_t> input) {
+class Corpora : public testing::TestWithParam<Corpus> {
+ protected:
+  // In an array of its exact size.
+  void run(std::span<const std::uint8_t> input) {
     const auto exact = std::make_unique<std::uint8_t[]>(input.size());
     std::copy(input.begin(), input.end(), exact.get());
     GetParam().target({exact.get(), input.size()});
-  };
+  }
+};
+
+// Every file in the corpus, every prefix of it, and every single bit turned over; of large files only some thousand of
+// these.
+TEST_P(Corpora, Replay) {
   std::size_t files = 0;
   for (const auto& entry :
        std::filesystem::directory_iterator(QAV_SOURCE_DIR "/fuzz/corpus/" + std::string(GetParam().name))) {
@@ -58,6 +63,17 @@ TEST_P(Corpora, Replay) {
     ++files;
   }
   EXPECT_GT(files, 0u);
+}
+
+// From a few values to all of them, so that some inputs are mostly headers, counts or runs.
+TEST_P(Corpora, RandomInputs) {
+  std::mt19937 random(8);
+  for (int round = 0; round < 1000; ++round) {
+    std::vector<std::uint8_t> input(random() % 900);
+    const unsigned values = 2u << random() % 8;
+    for (auto& byte : input) byte = static_cast<std::uint8_t>(random() % 4 ? random() % values : random());
+    run(input);
+  }
 }
 
 INSTANTIATE_TEST_SUITE_P(Fuzz, Corpora, testing::ValuesIn(kCorpora), [](const auto& info) { return info.param.name; });
