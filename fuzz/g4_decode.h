@@ -2,7 +2,7 @@
 
 #include "fuzz/Expect.h"
 #include "fuzz/Levels.h"
-#include "tests/codecs/g4_reference.h"
+#include "fuzz/G4Reference.h"
 
 #include <CCITT_G4.h>
 

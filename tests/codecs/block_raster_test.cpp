@@ -4,12 +4,11 @@
 #include "codecs/BlockDataType.h"
 #include "codecs/block_file_writer.h"
 #include "support/Files.h"
-#include "support/GuardedBytes.h"
+#include "support/GuardedImage.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <random>
 
 namespace qav::test {
 namespace {
@@ -183,10 +182,9 @@ TEST(BlockRasterData, EveryRectangleOfEveryCompression) {
         for (const Samples& s : channels)
           file.record(codeBand(s, kind.compression, band * rows, std::min(height, (band + 1) * rows)));
       for (int round = 0; round < 8; ++round) {
-        const int x = round == 0 ? 0 : static_cast<int>(random() % static_cast<unsigned>(width)),
-                  y = round == 0 ? 0 : static_cast<int>(random() % static_cast<unsigned>(height));
-        const int w = round == 0 ? width : 1 + static_cast<int>(random() % static_cast<unsigned>(width - x)),
-                  h = round == 0 ? height : 1 + static_cast<int>(random() % static_cast<unsigned>(height - y));
+        const int x = round == 0 ? 0 : below(width, random), y = round == 0 ? 0 : below(height, random);
+        const int w = round == 0 ? width : 1 + below(width - x, random),
+                  h = round == 0 ? height : 1 + below(height - y, random);
         const Picture picture = read(file.bytes(), x, y, w, h);
         ASSERT_EQ(picture.result, 0) << kind.type << " " << width;
         for (int i = 0; i < w * h * 3; ++i) {

@@ -1,11 +1,10 @@
 #include <CCITT_G4.h>
 
 #include "fuzz/g4_pages.h"
-#include "support/GuardedBytes.h"
+#include "support/GuardedImage.h"
 #include "support/Levels.h"
 
 #include <climits>
-#include <random>
 
 namespace qav::test {
 namespace {
@@ -18,7 +17,7 @@ struct Bitmap {
   Bytes bytes;
 };
 
-std::size_t byteCount(int width, int height) {
+std::size_t bytesFor(int width, int height) {
   return (static_cast<std::size_t>(width) * static_cast<std::size_t>(height) + 7) / 8;
 }
 
@@ -28,10 +27,10 @@ constexpr int kKinds = 6;
 std::vector<std::vector<bool>> drawPage(int width, int height, int kind, std::mt19937& random) {
   std::vector<std::vector<bool>> rows(static_cast<std::size_t>(height));
   std::vector<int> strokes;
-  for (int i = 0; i < width / 12 + 1; ++i) strokes.push_back(static_cast<int>(random() % static_cast<unsigned>(width)));
+  for (int i = 0; i < width / 12 + 1; ++i) strokes.push_back(below(width, random));
   for (int y = 0; y < height; ++y) {
     bool black = random() & 1;
-    for (int& stroke : strokes) stroke += static_cast<int>(random() % 9) - 4;
+    for (int& stroke : strokes) stroke += below(9, random) - 4;
     for (int x = 0; x < width; ++x) {
       const auto covers = [=](int stroke) { return x >= stroke && x < stroke + 5; };
       const bool stroked = kind == 1 && y % 7 != 0 && std::any_of(strokes.begin(), strokes.end(), covers);
@@ -71,7 +70,7 @@ struct Decoded {
 };
 
 Decoded decode(const Bytes& coded, int width, int height) {
-  GuardedBytes out(byteCount(width, height), 3);
+  GuardedBytes out(bytesFor(width, height), 3);
   // A copy of the exact size, so that a sanitizer sees a read behind the end.
   const std::vector<std::uint8_t> source(coded);
   int size[2] = {width, height};
@@ -102,7 +101,7 @@ TEST(G4, EveryBitmapIsCodedAsByLibtiffAndDecoded) {
   };
   atEveryLevel([&] {
     for (int kind = 0; kind < kKinds; ++kind) {
-      for (int width = 1; width <= 70; ++width) compare(width, 1 + static_cast<int>(random() % 24), kind);
+      for (int width = 1; width <= 70; ++width) compare(width, 1 + below(24, random), kind);
       for (const int width : {127, 128, 1728, 2561, 5000, 20000}) compare(width, 9, kind);
     }
   });
@@ -112,8 +111,8 @@ TEST(G4, EveryBitmapIsCodedAsByLibtiffAndDecoded) {
 TEST(G4, DamagedData) {
   std::mt19937 random(9);
   for (int round = 0; round < 4000; ++round) {
-    const int width = 1 + static_cast<int>(random() % (round % 8 == 0 ? 3000 : 60));
-    const Bitmap page = makePage(width, 1 + static_cast<int>(random() % 12), round % kKinds, random);
+    const int width = 1 + below(round % 8 == 0 ? 3000 : 60, random);
+    const Bitmap page = makePage(width, 1 + below(12, random), round % kKinds, random);
     Bytes data = encode(page, roomFor(page)).bytes;
     if (round % 3 != 0) data.resize(1 + random() % data.size());
     for (int flips = round % 4; flips > 0; --flips) {

@@ -28,8 +28,8 @@ std::vector<std::uint8_t> risingThenAny(std::size_t count, std::size_t channels,
   const std::uint8_t range = static_cast<std::uint8_t>(1 + random() % 255);
   for (std::size_t i = 0; i < count; ++i) {
     int& previous = last[i % channels];
-    const int next = previous + (random() % 3 ? 1 : static_cast<int>(random() % 4));
-    bytes[i] = static_cast<std::uint8_t>(i < rising && next < 256 ? next : static_cast<int>(random() % range));
+    const int next = previous + (random() % 3 ? 1 : below(4, random));
+    bytes[i] = static_cast<std::uint8_t>(i < rising && next < 256 ? next : below(range, random));
     previous = bytes[i];
   }
   return bytes;
@@ -48,7 +48,7 @@ TEST(StretchHistogram, StretchesTheSelectedChannelsOfEveryLength) {
         for (std::size_t i = 0; i < bytes.size(); ++i) extremes[i % channels].take(bytes[i]);
         QAVMMIColorRamp ramps[4];
         bool any = false;
-        const int mask = random() % 2 ? 31 : static_cast<int>(random() % 32);
+        const int mask = random() % 2 ? 31 : below(32, random);
         for (std::size_t k = 0; k < channels; ++k) {
           if (!(mask & bits[format][k])) continue;
           any = true;

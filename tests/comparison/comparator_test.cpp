@@ -156,7 +156,7 @@ TEST(Comparator, HdrStatistics) {
   std::mt19937 random(7);
   for (int round = 0; round < 40; ++round) {
     const QAVPixelImageFormat format = round % 2 ? RGBFloat : RGBAFloat;
-    const int width = 1 + static_cast<int>(random() % 40), height = 1 + static_cast<int>(random() % 20);
+    const int width = 1 + below(40, random), height = 1 + below(20, random);
     const Image a = floatImage(width, height, format, random);
     const Image b = floatImage(width, height, round % 4 == 1 ? RGBAFloat : format, random);
     const std::size_t channels = format == RGBFloat ? 3 : 4;

@@ -16,6 +16,7 @@ namespace {
 struct Corpus {
   const char* name;
   void (*target)(std::span<const std::uint8_t>);
+  friend void PrintTo(const Corpus& corpus, std::ostream* os) { *os << corpus.name; }
 };
 
 const Corpus kCorpora[] = {

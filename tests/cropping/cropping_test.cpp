@@ -116,16 +116,15 @@ TEST(Cropping, AreasOfRandomImagesInEveryFormat) {
   std::mt19937 random(3);
   for (int round = 0; round < 4000; ++round) {
     const QAVPixelImageFormat formats[] = {L8, LA88, RGB888, RGBA8888, RGBFloat, RGBAFloat, RGB161616, RGBA16161616};
-    const int width = 1 + static_cast<int>(random() % (round % 10 == 0 ? 130 : 9));
-    const int height = 1 + static_cast<int>(random() % 9);
+    const int width = 1 + below(round % 10 == 0 ? 130 : 9, random);
+    const int height = 1 + below(9, random);
     const Image image = makeImage(width, height, formats[random() % 8]);
     const int pixels = width * height;
-    for (int marks = static_cast<int>(random() % 6); marks > 0; --marks)
+    for (int marks = below(6, random); marks > 0; --marks)
       setPixel(*image, random() % static_cast<unsigned>(pixels), 1 + random() % 2);
     if (float* samples = image->GetFloatingPixelsToModify(); samples && round % 4 == 0)
       samples[random() % static_cast<unsigned>(pixels)] = round % 8 == 0 ? -0.0f : NAN;
-    const QAVMMPIPixelColor trim =
-        colourAt(*image, static_cast<int>(random() % static_cast<unsigned>(width)), round % height);
+    const QAVMMPIPixelColor trim = colourAt(*image, below(width, random), round % height);
     EXPECT_EQ(areaOf(*image, trim), walk(*image, trim)) << width << " x " << height << ", round " << round;
   }
 }

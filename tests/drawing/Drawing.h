@@ -51,8 +51,8 @@ inline int randomCoordinate(std::mt19937& random) {
   const unsigned kind = random() % 16;
   if (kind == 0) return static_cast<int>(random());
   if (kind == 1) return random() & 1 ? INT32_MAX : INT32_MIN;
-  if (kind < 5) return static_cast<int>(random() % 4001) - 2000;
-  return static_cast<int>(random() % 90) - 15;
+  if (kind < 5) return below(4001, random) - 2000;
+  return below(90, random) - 15;
 }
 
 }  // namespace qav::test

@@ -21,13 +21,13 @@ TEST(Fill, RecoloursWhatThePlainStackReaches) {
   std::mt19937 random(5);
   atEveryLevel([&] {
     for (int round = 0; round < 600; ++round) {
-      const int width = 1 + static_cast<int>(random() % 120), height = 1 + static_cast<int>(random() % 40);
+      const int width = 1 + below(120, random), height = 1 + below(40, random);
       const auto across = static_cast<unsigned>(1 + random() % (round % 2 ? 1 : 40));
       const auto down = static_cast<unsigned>(1 + random() % (round % 2 ? 1 : 9));
       Drawing drawing(width, height, random() % 4, 0);
       drawing.set(mosaic(width, height, across, down, 2 + static_cast<unsigned>(random() % 9), random));
       for (int i = 0; i < 4; ++i) {
-        const int x = static_cast<int>(random() % 130) - 4, y = static_cast<int>(random() % 44) - 2;
+        const int x = below(130, random) - 4, y = below(44, random) - 2;
         const std::uint32_t colour = 0xFF000000u + static_cast<std::uint32_t>(random() % 3);
         drawing.helper.Fill(x, y, colour);
         drawing.plain.fill(x, y, colour);
@@ -49,7 +49,7 @@ TEST(Fill, DropsWhatTheStackCannotHold) {
           drawing.plain.plot(x, y, 8);
         }
       }
-      const int x = static_cast<int>(random() % 60000);
+      const int x = below(60000, random);
       drawing.helper.Fill(x, 3, 6);
       drawing.plain.fill(x, 3, 6);
       ASSERT_TRUE(drawing.agrees());
@@ -70,12 +70,12 @@ TEST(FillArea, FillsWhatTheRecordsSayWhateverTheVertices) {
   std::mt19937 random(8);
   atEveryLevel([&] {
     for (int round = 0; round < 1500; ++round) {
-      Drawing drawing(1 + static_cast<int>(random() % 70), 1 + static_cast<int>(random() % 50), random() % 4, 1);
+      Drawing drawing(1 + below(70, random), 1 + below(50, random), random() % 4, 1);
       std::vector<int> counts(1 + random() % 3), points;
       for (int& count : counts) {
-        count = 3 + static_cast<int>(random() % (round % 50 == 0 ? 40 : 5));
+        count = 3 + below(round % 50 == 0 ? 40 : 5, random);
         for (int i = 0; i < 2 * count; ++i)
-          points.push_back(round % 2 ? randomCoordinate(random) : static_cast<int>(random() % 80) - 12);
+          points.push_back(round % 2 ? randomCoordinate(random) : below(80, random) - 12);
       }
       drawing.helper.FillArea(static_cast<int>(counts.size()), counts.data(), points.data(), 2);
       drawing.plain.fillArea(counts, points.data(), 2);

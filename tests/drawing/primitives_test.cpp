@@ -2,81 +2,64 @@
 
 #include <gtest/gtest.h>
 
-#include <functional>
-
 namespace qav::test {
 namespace {
 
-struct Primitive {
-  const char* name;
-  // Draws the same with both, all arguments random, and says what it drew.
-  std::function<std::vector<int>(Drawing&, std::uint32_t, std::mt19937&)> draw;
+struct Arguments {
+  int at[4];  // x, y, and those of an end
+  int brush, filled, rx, ry;
 };
 
-std::vector<int> coordinates(std::size_t count, std::mt19937& random) {
-  std::vector<int> all(count);
-  for (int& c : all) c = randomCoordinate(random);
+Arguments randomArguments(std::mt19937& random) {
+  Arguments a{};
+  for (int& c : a.at) c = randomCoordinate(random);
   // Every now and then a coordinate repeats: horizontal, vertical, empty.
-  if (count >= 4 && random() % 4 == 0) all[2 + random() % 2] = all[random() % 2];
-  return all;
+  if (random() % 4 == 0) a.at[2 + random() % 2] = a.at[random() % 2];
+  a.brush = below(15, random) - 1;
+  a.filled = below(2, random);
+  for (int* const radius : {&a.rx, &a.ry}) *radius = random() % 8 == 0 ? below(3000, random) : below(70, random) - 4;
+  return a;
 }
 
-int smallRadius(std::mt19937& random) { return static_cast<int>(random() % 70) - 4; }
+// Each draws the same with both.
+struct Primitive {
+  const char* name;
+  void (*draw)(Drawing&, std::uint32_t, const Arguments&);
+};
 
 const Primitive kPrimitives[] = {
     {"HLine",
-     [](Drawing& d, std::uint32_t colour, std::mt19937& random) {
-       const auto c = coordinates(3, random);
-       d.helper.HLine(c[0], c[1], c[2], colour);
-       d.plain.hline(c[0], c[1], c[2], colour);
-       return c;
+     [](Drawing& d, std::uint32_t colour, const Arguments& a) {
+       d.helper.HLine(a.at[0], a.at[1], a.at[2], colour);
+       d.plain.hline(a.at[0], a.at[1], a.at[2], colour);
      }},
     {"Line",
-     [](Drawing& d, std::uint32_t colour, std::mt19937& random) {
-       const auto c = coordinates(4, random);
-       d.helper.Line(c[0], c[1], c[2], c[3], colour, QAVMMIBrushPixel);
-       d.plain.line(c[0], c[1], c[2], c[3], colour, 0);
-       return c;
-     }},
-    {"Line with a brush",
-     [](Drawing& d, std::uint32_t colour, std::mt19937& random) {
-       auto c = coordinates(4, random);
-       c.push_back(static_cast<int>(random() % 15) - 1);
-       d.helper.Line(c[0], c[1], c[2], c[3], colour, static_cast<QAVMMIBrush>(c[4]));
-       d.plain.line(c[0], c[1], c[2], c[3], colour, c[4]);
-       return c;
+     [](Drawing& d, std::uint32_t colour, const Arguments& a) {
+       const int brush = a.filled ? a.brush : 0;
+       d.helper.Line(a.at[0], a.at[1], a.at[2], a.at[3], colour, static_cast<QAVMMIBrush>(brush));
+       d.plain.line(a.at[0], a.at[1], a.at[2], a.at[3], colour, brush);
      }},
     {"Brush and Plot",
-     [](Drawing& d, std::uint32_t colour, std::mt19937& random) {
-       auto c = coordinates(2, random);
-       c.push_back(static_cast<int>(random() % 15) - 1);
-       d.helper.Brush(c[0], c[1], colour, static_cast<QAVMMIBrush>(c[2]));
-       d.plain.stamp(c[0], c[1], colour, c[2]);
-       d.helper.Plot(c[1], c[0], ~colour);
-       d.plain.plot(c[1], c[0], ~colour);
-       return c;
+     [](Drawing& d, std::uint32_t colour, const Arguments& a) {
+       d.helper.Brush(a.at[0], a.at[1], colour, static_cast<QAVMMIBrush>(a.brush));
+       d.plain.stamp(a.at[0], a.at[1], colour, a.brush);
+       d.helper.Plot(a.at[1], a.at[0], ~colour);
+       d.plain.plot(a.at[1], a.at[0], ~colour);
      }},
     {"Rectangle",
-     [](Drawing& d, std::uint32_t colour, std::mt19937& random) {
-       auto c = coordinates(4, random);
-       c.push_back(static_cast<int>(random() % 2));
-       if (random() % 2)
-         d.helper.Rectangle(c[0], c[1], c[2], c[3], colour, static_cast<unsigned char>(c[4]));
+     [](Drawing& d, std::uint32_t colour, const Arguments& a) {
+       const int *c = a.at, flag = a.filled;
+       if (a.brush % 2)
+         d.helper.Rectangle(c[0], c[1], c[2], c[3], colour, static_cast<unsigned char>(flag));
        else
          d.helper.Draw({0, c[0] + (c[0] < 0 ? -.9 : .9), c[1] * 1.0, c[2] * 1.0, c[3] * 1.0, colour,
-                        static_cast<unsigned char>(2 * c[4])});
-       d.plain.rectangle(c[0], c[1], c[2], c[3], colour, c[4] != 0);
-       return c;
+                        static_cast<unsigned char>(2 * flag)});
+       d.plain.rectangle(c[0], c[1], c[2], c[3], colour, flag != 0);
      }},
     {"Ellipse",
-     [](Drawing& d, std::uint32_t colour, std::mt19937& random) {
-       auto c = coordinates(2, random);
-       c.push_back(random() % 8 == 0 ? static_cast<int>(random() % 3000) : smallRadius(random));
-       c.push_back(random() % 8 == 0 ? static_cast<int>(random() % 3000) : smallRadius(random));
-       c.push_back(static_cast<int>(random() % 2));
-       d.helper.Ellipse(c[0], c[1], c[2], c[3], colour, static_cast<unsigned char>(c[4]));
-       d.plain.ellipse(c[0], c[1], c[2], c[3], colour, c[4] != 0);
-       return c;
+     [](Drawing& d, std::uint32_t colour, const Arguments& a) {
+       d.helper.Ellipse(a.at[0], a.at[1], a.rx, a.ry, colour, static_cast<unsigned char>(a.filled));
+       d.plain.ellipse(a.at[0], a.at[1], a.rx, a.ry, colour, a.filled != 0);
      }},
 };
 
@@ -84,11 +67,13 @@ TEST(Primitives, DrawThePixelsOfTheirDefinitionsWhateverTheCoordinates) {
   std::mt19937 random(11);
   atEveryLevel([&] {
     for (int round = 0; round < 60; ++round) {
-      Drawing drawing(1 + static_cast<int>(random() % 70), 1 + static_cast<int>(random() % 50), random() % 5, 7);
+      Drawing drawing(1 + below(70, random), 1 + below(50, random), random() % 5, 7);
       for (int i = 0; i < 90; ++i) {
         const Primitive& primitive = kPrimitives[static_cast<std::size_t>(i) % std::size(kPrimitives)];
-        const auto arguments = primitive.draw(drawing, static_cast<std::uint32_t>(random()), random);
-        ASSERT_TRUE(drawing.agrees()) << primitive.name << ::testing::PrintToString(arguments);
+        const Arguments a = randomArguments(random);
+        primitive.draw(drawing, static_cast<std::uint32_t>(random()), a);
+        ASSERT_TRUE(drawing.agrees()) << primitive.name << ::testing::PrintToString(a.at) << a.brush << ", " << a.filled
+                                      << ", " << a.rx << ", " << a.ry;
       }
     }
   });

@@ -66,8 +66,8 @@ TEST(Convolution, EveryKernelGivesTheDirectLoop) {
   std::mt19937 random(6);
   atEveryLevel([&] {
     for (int round = 0; round < 400; ++round) {
-      const int taps = 1 + 2 * static_cast<int>(random() % (round % 9 ? 4 : 9));
-      const int width = 1 + static_cast<int>(random() % 70), height = 1 + static_cast<int>(random() % 9);
+      const int taps = 1 + 2 * below(round % 9 ? 4 : 9, random);
+      const int width = 1 + below(70, random), height = 1 + below(9, random);
       const auto kind = static_cast<Weights>(random() % static_cast<unsigned>(Weights::kCount));
       const auto kernel = randomKernel(kind, taps, random);
       const Image image = randomImage(width, height, RGBA8888, random, kTextures[random() % 4]);
@@ -123,10 +123,10 @@ TEST(Convolution, ResultsBesideWholeNumbers) {
   atEveryLevel([&] {
     for (int round = 0; round < 200; ++round) {
       const auto shape = static_cast<Shape>(random() % static_cast<unsigned>(Shape::kCount));
-      const int taps = 3 + 2 * static_cast<int>(random() % 4);
+      const int taps = 3 + 2 * below(4, random);
       const float scales[] = {1.0f, 1.0f, 1e-20f, 3e25f};
       const auto kernel = normalisedKernel(shape, taps, scales[random() % 4], random);
-      const int width = 20 + static_cast<int>(random() % 60), height = 1 + static_cast<int>(random() % 30);
+      const int width = 20 + below(60, random), height = 1 + below(30, random);
       auto bytes = patchwork(width, height, random);
       const auto expected = convolved(bytes, width, height, taps, kernel);
       Processor::LinearConvolveMatrixRGBA(bytes.data(), width, height, taps, kernel.data());

@@ -135,7 +135,7 @@ TEST(Dither, VariableWeightsAreThoseOfOneTableSharedByAllCalls) {
     return bytes;
   };
   for (int round = 0; round < 6000; ++round) {
-    const int width = 1 + static_cast<int>(random() % 70), height = 1 + static_cast<int>(random() % 20);
+    const int width = 1 + below(70, random), height = 1 + below(20, random);
     const auto count = static_cast<std::size_t>(width * height);
     const Bytes pixels = round % 2 ? adversarial(count) : texture(count, round / 2 % 5, random);
     Bytes expected = pixels;

@@ -81,13 +81,13 @@ TEST(Filter, EveryTypeGivesItsDefinitionAndReportsEveryRow) {
   std::mt19937 random(2);
   atEveryLevel([&] {
     for (int width = 1; width <= 300; width += width < 70 ? 1 : 33) {
-      const int height = 1 + static_cast<int>(random() % (width < 20 ? 20 : 5));
+      const int height = 1 + below(width < 20 ? 20 : 5, random);
       const Texture texture = kTextures[random() % 4];
       for (QAVPixelImageFormat format : kByteFormats) {
         const Image image = randomImage(width, height, format, random, texture);
         for (int type = 0; type < 28; ++type)
           if (expectedStatus(type, format) == S_OK)
-            compareOn(*image, type, 1 + static_cast<int>(random() % 3), random() % 2 ? 0 : random() % 70);
+            compareOn(*image, type, 1 + below(3, random), random() % 2 ? 0 : random() % 70);
       }
     }
   });
@@ -98,7 +98,7 @@ TEST(Filter, ColourMedianKeepsTheOrderOfItsSortAmongEqualKeys) {
   std::mt19937 random(3);
   atEveryLevel([&] {
     for (int round = 0; round < 40; ++round) {
-      const Image image = makeImage(1 + static_cast<int>(random() % 60), 6, RGB888);
+      const Image image = makeImage(1 + below(60, random), 6, RGB888);
       unsigned char* bytes = image->GetPixelsToModify();
       for (std::size_t i = 0; i < byteCount(*image); i += 3) {
         const auto step = random() % 4, other = random() % 8 ? 0 : random() % 30;

@@ -47,27 +47,27 @@ TEST_F(ImageFile, TiffKeepsEveryFormat) {
 }
 
 TEST_F(ImageFile, PngAndJpegKeepWhatTheyCanHold) {
-  struct {
+  const struct {
     const char* type;
-    QAVPixelImageFormat from, to;
     int tolerance;
-  } const cases[] = {{"PNG", L8, L8, 0},
-                     {"PNG", LA88, LA88, 0},
-                     {"PNG", RGB888, RGB888, 0},
-                     {"PNG", RGBA8888, RGBA8888, 0},
-                     {"PNG", BitonalRuns, L8, 0},
-                     {"PNG", RGB161616, RGB161616, 0},
-                     {"PNG", RGBA16161616, RGBA16161616, 0},
-                     {"PNG", RGBFloat, RGB161616, 0},
-                     {"PNG", RGBAFloat, RGBA16161616, 0},
-                     {"JPEG", L8, L8, 4},
-                     {"JPEG", LA88, L8, 4},
-                     {"JPEG", RGBA8888, RGB888, 9},
-                     {"JPEG", RGB161616, RGB888, 9}};
+    QAVPixelImageFormat from, to;
+  } cases[] = {{"PNG", 0, L8, L8},
+               {"PNG", 0, LA88, LA88},
+               {"PNG", 0, RGB888, RGB888},
+               {"PNG", 0, RGBA8888, RGBA8888},
+               {"PNG", 0, BitonalRuns, L8},
+               {"PNG", 0, RGB161616, RGB161616},
+               {"PNG", 0, RGBA16161616, RGBA16161616},
+               {"PNG", 0, RGBFloat, RGB161616},
+               {"PNG", 0, RGBAFloat, RGBA16161616},
+               {"JPEG", 4, L8, L8},
+               {"JPEG", 4, LA88, L8},
+               {"JPEG", 9, RGBA8888, RGB888},
+               {"JPEG", 9, RGB161616, RGB888}};
+  const Image smooth = qav::test::makeImage(61, 47, RGBA8888);
+  for (int i = 0; i < 61 * 47 * 4; ++i)
+    smooth->GetPixelsToModify()[i] = static_cast<unsigned char>((i / 4) % 61 * 2 + i / 244 + i % 4 * 20);
   for (const auto& c : cases) {
-    const Image smooth = qav::test::makeImage(61, 47, RGBA8888);
-    for (int i = 0; i < 61 * 47 * 4; ++i)
-      smooth->GetPixelsToModify()[i] = static_cast<unsigned char>((i / 4) % 61 * 2 + i / 244 + i % 4 * 20);
     const Image image(smooth->CreateConvertedCopy(c.from));
     const std::string path = folder_.path("a");
     ASSERT_EQ(image->WriteToFile(path, c.type), S_OK);

@@ -167,7 +167,7 @@ TEST(ASCII85Decode, RandomTextsAtEveryLevel) {
       for (std::size_t groups = random() % (round % 8 ? 200 : 4000); groups > 0; --groups) {
         if (random() % 20 == 0) text.push_back('z');
         constexpr std::uint8_t whiteSpace[] = {0, 8, 9, 10, 12, 13, 32, 127};
-        const int digits = random() % 60 ? 5 : 2 + static_cast<int>(random() % 3);
+        const int digits = random() % 60 ? 5 : 2 + below(3, random);
         for (int k = 0; k < digits; ++k) {
           text.push_back(static_cast<std::uint8_t>('!' + random() % 85));
           while (random() % broken == 0) text.push_back(whiteSpace[random() % 8]);

@@ -49,12 +49,11 @@ TEST(RunLengthEncode, IsTheStateMachineForEveryFormatModeAndRowOrder) {
   atEveryLevel([&] {
     for (int round = 0; round < 700; ++round) {
       const auto format = kByteFormats[round % 4];
-      const int width = 1 + static_cast<int>(random() % (round % 9 ? 70 : 3000)),
-                height = 1 + static_cast<int>(random() % 40);
+      const int width = 1 + below(round % 9 ? 70 : 3000, random), height = 1 + below(40, random);
       Image image = makeImage(width, height, format);
       const Bytes bytes = awkwardRuns(byteCount(*image), random);
       std::copy(bytes.begin(), bytes.end(), image->GetPixelsToModify());
-      expectAsMachine(*image, round & 4, round & 8 ? 1 : static_cast<int>(random() % 3));
+      expectAsMachine(*image, round & 4, round & 8 ? 1 : below(3, random));
       if (HasFatalFailure()) FAIL() << width << " x " << height << " format " << format << " round " << round;
     }
     for (const Texture texture : kTextures)

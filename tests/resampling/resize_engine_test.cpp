@@ -58,7 +58,7 @@ TEST(ResizeEngine, EveryKernelBetweenRandomSizes) {
   const auto kernels = readyKernels();
   atEveryLevel([&] {
     std::mt19937 random(3);
-    const auto size = [&] { return static_cast<int>(random() % 4 == 0 ? 1 + random() % 150 : 1 + random() % 30); };
+    const auto size = [&] { return 1 + below(random() % 4 == 0 ? 150 : 30, random); };
     for (int round = 0; round < 60; ++round) {
       const int w = size(), h = size(), toW = random() % 8 == 0 ? w : size(), toH = random() % 8 == 0 ? h : size();
       for (const auto& kernel : kernels) {

@@ -40,6 +40,8 @@ inline Image imageOf(int width, int height, QAVPixelImageFormat format, const st
   return image;
 }
 
+inline int below(int limit, std::mt19937& random) { return static_cast<int>(random() % static_cast<unsigned>(limit)); }
+
 /// How the samples of a random image are drawn.
 enum class Texture { Noise, Extremes, Smooth, Uniform };
 inline constexpr Texture kTextures[] = {Texture::Noise, Texture::Extremes, Texture::Smooth, Texture::Uniform};
