@@ -4,11 +4,7 @@
 #include "codecs/BlockDataType.h"
 #include "codecs/block_file_writer.h"
 #include "support/Files.h"
-#include "support/GuardedImage.h"
-
-#include <gtest/gtest.h>
-
-#include <algorithm>
+#include "support/Test.h"
 
 namespace qav::test {
 namespace {

@@ -1,10 +1,7 @@
 #include <CCITT_G4.h>
 
 #include "fuzz/g4_pages.h"
-#include "support/GuardedImage.h"
-#include "support/Levels.h"
-
-#include <climits>
+#include "support/Test.h"
 
 namespace qav::test {
 namespace {

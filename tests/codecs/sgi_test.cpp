@@ -1,10 +1,7 @@
 #include <QAVSGIImageFile.h>
 
 #include "support/Files.h"
-#include "support/Images.h"
-#include "support/Levels.h"
-
-#include <optional>
+#include "support/Test.h"
 
 #include <sys/stat.h>
 #include <unistd.h>

@@ -1,10 +1,7 @@
 #include <QAV5X5ColorMatrix.h>
 
 #include "support/Checks.h"
-
-#include <gtest/gtest.h>
-
-#include <random>
+#include "support/Test.h"
 
 namespace qav::test {
 namespace {

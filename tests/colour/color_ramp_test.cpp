@@ -1,13 +1,6 @@
 #include <QAVMMIColorRamp.h>
 
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <cstdint>
-#include <cstring>
-#include <limits>
-#include <random>
-#include <vector>
+#include "support/Test.h"
 
 namespace qav::test {
 namespace {

@@ -1,11 +1,7 @@
 #include <QAVMMediaImageProcessor.h>
 
 #include "kernels/GreyConversion.h"
-#include "support/GuardedBytes.h"
-#include "support/Images.h"
-#include "support/Levels.h"
-
-#include <algorithm>
+#include "support/Test.h"
 
 namespace qav::test {
 namespace {

@@ -1,10 +1,7 @@
 #include <QAV5X5ColorMatrix.h>
 #include <QAVMMediaImageProcessor.h>
 
-#include "support/Images.h"
-#include "support/Levels.h"
-
-#include <algorithm>
+#include "support/Test.h"
 
 namespace qav::test {
 namespace {

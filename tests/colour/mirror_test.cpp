@@ -1,11 +1,8 @@
 #include <QAVMMediaImageProcessor.h>
 
-#include "support/GuardedImage.h"
-#include "support/Levels.h"
+#include "support/Test.h"
 
 #include <CCITT.h>
-
-#include <algorithm>
 
 namespace qav::test {
 namespace {

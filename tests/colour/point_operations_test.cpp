@@ -1,10 +1,7 @@
 #include <QAVMMIColorRamp.h>
 #include <QAVMMediaImageProcessor.h>
 
-#include "support/GuardedImage.h"
-#include "support/Levels.h"
-
-#include <functional>
+#include "support/Test.h"
 
 namespace qav::test {
 namespace {

@@ -2,12 +2,9 @@
 #include "kernels/ColourDifference.h"
 #include "kernels/ColourMatrices.h"
 
-#include "support/Images.h"
-#include "support/Levels.h"
+#include "support/Test.h"
 
 #include <QAVMMColorTransform.h>
-
-#include <cstring>
 
 namespace qav::test {
 namespace {

@@ -3,14 +3,9 @@
 #include "comparison/ColourDifferences.h"
 
 #include "support/Files.h"
-#include "support/Images.h"
+#include "support/Test.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
 #include <bit>
-#include <cmath>
-#include <limits>
 
 namespace qav::test {
 namespace {

@@ -1,14 +1,7 @@
 #include "comparison/OrderStatistics.h"
+#include "support/Test.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
 #include <bit>
-#include <cmath>
-#include <cstdint>
-#include <functional>
-#include <random>
-#include <vector>
 
 namespace qav::test {
 namespace {

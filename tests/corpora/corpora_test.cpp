@@ -5,10 +5,7 @@
 #include "fuzz/print_decoders.h"
 #include "fuzz/sgi_rows.h"
 #include "support/Files.h"
-
-#include <gtest/gtest.h>
-
-#include <random>
+#include "support/Test.h"
 
 namespace qav::test {
 namespace {

@@ -1,12 +1,6 @@
 #include <QAVMMICropping.h>
 
-#include "support/Images.h"
-
-#include <gtest/gtest.h>
-
-#include <array>
-#include <cmath>
-#include <string>
+#include "support/Test.h"
 
 namespace qav::test {
 namespace {

@@ -1,10 +1,6 @@
-#include "support/Images.h"
+#include "support/Test.h"
 
 #include <QAVMMIHelperRGBA.h>
-
-#include <gtest/gtest.h>
-
-#include <vector>
 
 namespace qav::test {
 namespace {

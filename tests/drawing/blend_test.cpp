@@ -1,7 +1,6 @@
 #include "kernels/Blend.h"
 #include "drawing/Drawing.h"
-
-#include <gtest/gtest.h>
+#include "support/Test.h"
 
 namespace qav::test {
 namespace {

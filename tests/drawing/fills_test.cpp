@@ -1,6 +1,5 @@
 #include "drawing/Drawing.h"
-
-#include <gtest/gtest.h>
+#include "support/Test.h"
 
 namespace qav::test {
 namespace {

@@ -1,11 +1,7 @@
 #include <QAVMMediaImageProcessor.h>
 
 #include "kernels/VariableDiffusionTable.h"
-#include "support/GuardedImage.h"
-#include "support/Levels.h"
-
-#include <array>
-#include <cstring>
+#include "support/Test.h"
 
 namespace qav::test {
 namespace {

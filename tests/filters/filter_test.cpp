@@ -1,8 +1,7 @@
 #include <QAVMMediaImageProcessor.h>
 
 #include "filters/FilterReference.h"
-#include "support/GuardedImage.h"
-#include "support/Levels.h"
+#include "support/Test.h"
 
 namespace qav::test {
 namespace {

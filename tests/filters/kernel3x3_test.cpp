@@ -1,9 +1,7 @@
 #include "kernels/Kernel3x3.h"
 
 #include "filters/FilterReference.h"
-#include "support/Levels.h"
-
-#include <functional>
+#include "support/Test.h"
 
 namespace qav::test {
 namespace {

@@ -1,11 +1,6 @@
 #include <QAVMMediaImageFormat.h>
 
-#include "support/Images.h"
-
-#include <gtest/gtest.h>
-
-#include <climits>
-#include <utility>
+#include "support/Test.h"
 
 namespace qav::test {
 namespace {

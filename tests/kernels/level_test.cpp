@@ -1,8 +1,7 @@
 #include "kernels/Level.h"
 
 #include "kernels/TableLookup.h"
-
-#include <gtest/gtest.h>
+#include "support/Test.h"
 
 #include <set>
 

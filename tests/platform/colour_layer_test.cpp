@@ -1,11 +1,7 @@
-#include "support/Images.h"
+#include "support/Test.h"
 
 #include <QAVMMColorTransform.h>
 #include <QAVMMPIPixelImageAccess.h>
-#include <gtest/gtest.h>
-
-#include <climits>
-#include <cmath>
 
 namespace {
 

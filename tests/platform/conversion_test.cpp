@@ -1,12 +1,7 @@
 #include "BitonalRows.h"
 #include "PixelConversion.h"
 #include "platform/AnyImage.h"
-
-#include <gtest/gtest.h>
-
-#include <array>
-#include <cmath>
-#include <limits>
+#include "support/Test.h"
 
 namespace {
 

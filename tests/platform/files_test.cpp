@@ -1,14 +1,12 @@
 #include "support/Files.h"
 #include "platform/AnyImage.h"
+#include "support/Test.h"
 
-#include <gtest/gtest.h>
 #include <png.h>
 #include <sys/stat.h>
 #include <tiffio.h>
 
-#include <cmath>
 #include <cstdio>
-#include <cstring>
 
 #include <jpeglib.h>
 

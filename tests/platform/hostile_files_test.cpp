@@ -1,12 +1,10 @@
 #include "ImageFiles.h"
 #include "platform/AnyImage.h"
 #include "support/Files.h"
+#include "support/Test.h"
 
-#include <gtest/gtest.h>
 #include <malloc.h>
 #include <sys/stat.h>
-
-#include <cstring>
 
 namespace {
 

@@ -1,10 +1,4 @@
-#include "support/Images.h"
-
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <climits>
-#include <new>
+#include "support/Test.h"
 
 namespace {
 

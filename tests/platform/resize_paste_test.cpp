@@ -1,10 +1,5 @@
 #include "platform/AnyImage.h"
-
-#include <gtest/gtest.h>
-
-#include <climits>
-#include <cmath>
-#include <cstring>
+#include "support/Test.h"
 
 namespace {
 

@@ -1,12 +1,8 @@
 #include "CCITTCodeTables.h"
 #include "codecs/TiffStrip.h"
-#include "support/GuardedBytes.h"
+#include "support/Test.h"
 
 #include <CCITT.h>
-#include <gtest/gtest.h>
-
-#include <memory>
-#include <random>
 
 namespace {
 

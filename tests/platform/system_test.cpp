@@ -1,16 +1,13 @@
 #include "support/Checks.h"
+#include "support/Test.h"
 
 #include <QAVBaseUnknown.h>
 #include <QAVMath3x3Matrix.h>
 #include <QAVPixelImage.h>
 #include <QAVRawColldouble.h>
 #include <QAVUnicodeString.h>
-#include <gtest/gtest.h>
 
-#include <cmath>
-#include <string>
 #include <thread>
-#include <vector>
 
 namespace {
 

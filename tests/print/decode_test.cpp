@@ -2,10 +2,7 @@
 
 #include "print/DecodeReference.h"
 #include "print/PrintReference.h"
-#include "support/Levels.h"
-
-#include <memory>
-#include <optional>
+#include "support/Test.h"
 
 namespace qav::test {
 namespace {

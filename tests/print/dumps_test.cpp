@@ -2,7 +2,7 @@
 #include <QAVPrtImageIterator.h>
 
 #include "print/PrintReference.h"
-#include "support/Levels.h"
+#include "support/Test.h"
 
 namespace qav::test {
 namespace {

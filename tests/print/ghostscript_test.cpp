@@ -1,9 +1,6 @@
 #include "print/PrintReference.h"
 #include "support/Files.h"
-
-#include <gtest/gtest.h>
-
-#include <cstdlib>
+#include "support/Test.h"
 
 // Pages must be understood by an interpreter of the language that they are written in.
 namespace qav::test {

@@ -1,10 +1,9 @@
 #include <QAVPrintEncoding.h>
 
 #include "print/PrintReference.h"
-#include "support/Levels.h"
+#include "support/Test.h"
 
 #include <sstream>
-#include <stdexcept>
 
 namespace qav::test {
 namespace {

@@ -2,9 +2,7 @@
 #include <QAVMMPIPixelColorSpec.h>
 #include <QAVMMediaImageProcessor.h>
 
-#include "support/Images.h"
-
-#include <gtest/gtest.h>
+#include "support/Test.h"
 
 namespace qav::test {
 namespace {

@@ -1,9 +1,5 @@
 #include "resampling/RatioWeights.h"
-
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <vector>
+#include "support/Test.h"
 
 namespace qav::test {
 namespace {

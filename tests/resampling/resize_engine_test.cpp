@@ -2,13 +2,7 @@
 
 #include "resampling/Definition.h"
 #include "support/Checks.h"
-#include "support/Images.h"
-#include "support/Levels.h"
-
-#include <cstring>
-#include <limits>
-#include <new>
-#include <stdexcept>
+#include "support/Test.h"
 
 namespace qav::test {
 namespace {

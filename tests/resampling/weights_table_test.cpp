@@ -1,13 +1,7 @@
 #include "resampling/Definition.h"
-#include "support/Levels.h"
-
-#include <gtest/gtest.h>
+#include "support/Test.h"
 
 #include <bit>
-#include <cstring>
-#include <limits>
-#include <new>
-#include <stdexcept>
 
 namespace qav::test {
 namespace {

@@ -1,12 +1,8 @@
 #include "Argument.h"
 
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <optional>
-
 #include "Errors.h"
 #include "Suggestion.h"
+#include "support/Test.h"
 
 namespace qavraster {
 namespace {

@@ -1,10 +1,8 @@
 #include <CCITT_G4.h>
-#include <gtest/gtest.h>
-
-#include <random>
 
 #include "Run.h"
 #include "codecs/block_file_writer.h"
+#include "support/Test.h"
 
 namespace qav::test {
 namespace {

@@ -2,13 +2,13 @@
 #include <QAVMMResamplingKernels.h>
 #include <QAVMMResizeEngine.h>
 #include <QAVMMediaImageProcessor.h>
-#include <gtest/gtest.h>
 #include <sys/stat.h>
 
 #include <regex>
 
 #include "Run.h"
 #include "TestCard.h"
+#include "support/Test.h"
 
 namespace qav::test {
 namespace {

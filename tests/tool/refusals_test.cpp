@@ -1,10 +1,10 @@
-#include <gtest/gtest.h>
 #include <sys/stat.h>
 
 #include <regex>
 
 #include "Run.h"
 #include "codecs/block_file_writer.h"
+#include "support/Test.h"
 
 namespace qav::test {
 namespace {

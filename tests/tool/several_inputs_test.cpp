@@ -1,8 +1,7 @@
-#include <gtest/gtest.h>
-
 #include <regex>
 
 #include "Run.h"
+#include "support/Test.h"
 
 namespace qav::test {
 namespace {
