@@ -7,7 +7,7 @@
 #include <vector>
 
 /// A Group 4 decoder that follows the definition of b1 and b2 pixel by pixel, for comparison.
-namespace qav::test::g4 {
+namespace qav::fuzz::g4 {
 
 class ReferenceDecoder {
  public:
@@ -132,4 +132,4 @@ class ReferenceDecoder {
   std::vector<bool> above_;
 };
 
-}  // namespace qav::test::g4
+}  // namespace qav::fuzz::g4

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "fuzz/Expect.h"
-#include "fuzz/Levels.h"
 #include "fuzz/G4Reference.h"
+#include "fuzz/Levels.h"
 
 #include <CCITT_G4.h>
 
@@ -26,7 +26,7 @@ inline void expectRoundTrip(const std::vector<std::uint8_t>& bitmap, int width, 
 
 /// Decodes a page at every level. The plain decoder tells what must come out.
 inline void decodePage(const std::vector<std::uint8_t>& data, int width, int height) {
-  test::g4::ReferenceDecoder reference(data, width, height);
+  g4::ReferenceDecoder reference(data, width, height);
   const int expectedError = reference.decode();
   std::vector<std::uint8_t> expected((static_cast<std::size_t>(width) * static_cast<std::size_t>(height) + 7) / 8);
   for (std::size_t i = 0; i < reference.pixels.size(); ++i)

@@ -62,7 +62,7 @@ inline void expectLibtiffAgrees(const std::vector<std::uint8_t>& coded, int widt
   int size[2] = {width, height}, rows = 0, error = 0;
   std::vector<std::uint8_t> bitmap((static_cast<std::size_t>(width) * static_cast<std::size_t>(height) + 7) / 8);
   CCITT_G4_dec(coded.data(), static_cast<int>(coded.size()), size, bitmap.data(), rows, error);
-  test::g4::ReferenceDecoder reference(coded, width, height);
+  g4::ReferenceDecoder reference(coded, width, height);
   reference.decode();
   const int alike = std::min(rows, reference.rowsWithoutEmptyRuns + 1);
   const std::size_t stride = (static_cast<std::size_t>(width) + 7) / 8;

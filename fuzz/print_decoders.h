@@ -2,7 +2,7 @@
 
 #include "fuzz/Expect.h"
 #include "fuzz/Levels.h"
-#include "tests/print/DecodeReference.h"
+#include "fuzz/PrintReference.h"
 
 #include <QAVPrintEncoding.h>
 
@@ -32,11 +32,11 @@ inline std::vector<std::uint8_t> decodePrintData(PrintDecoder decoder, std::span
 }
 
 inline void ascii85_decode(std::span<const std::uint8_t> input) {
-  const auto expected = test::plainBase85Decode(input);
+  const auto expected = plainBase85Decode(input);
   expect(decodePrintData(ASCII85Decode, input) == expected.value_or(std::vector<std::uint8_t>()));
 }
 inline void run_length_decode(std::span<const std::uint8_t> input) {
-  expect(decodePrintData(RunLengthDecode, input) == test::plainRunLengthDecode(input));
+  expect(decodePrintData(RunLengthDecode, input) == plainRunLengthDecode(input));
 }
 
 }  // namespace qav::fuzz

@@ -8,7 +8,7 @@
 #include <vector>
 
 /// Print data decoded one byte and one digit at a time.
-namespace qav::test {
+namespace qav::fuzz {
 
 inline std::vector<std::uint8_t> plainRunLengthDecode(std::span<const std::uint8_t> source) {
   std::vector<std::uint8_t> out;
@@ -58,4 +58,4 @@ inline std::optional<std::vector<std::uint8_t>> plainBase85Decode(std::span<cons
   return out;
 }
 
-}  // namespace qav::test
+}  // namespace qav::fuzz
