@@ -9,8 +9,6 @@
 namespace qav::test {
 namespace {
 
-using Bytes = std::vector<std::uint8_t>;
-
 struct Header {
   int result, kind;
   std::int64_t extent[2];
@@ -66,8 +64,7 @@ TEST(BlockRasterHeader, CodesAndExtents) {
       {"a thousand too many", image(21400, 0, 0, 1), -2, 640},
       {"negative code", image(-1, 0, 0, 1), -2, 640},
       {"huge count of bands", image(20400, INT32_MAX, 0, 3), -1, 640},
-      {"other entries, one with a negative count", BlockFileWriter(2).entry(7, -5).entry(0, 1).record({1}).bytes(), 0,
-       0},
+      {"other entries", BlockFileWriter(2).entry(7, -5).entry(0, 1).record({1}).bytes(), 0, 0},
       {"huge count of records", BlockFileWriter(1).entry(7, INT32_MAX).bytes(), -1, 0},
       {"the last image stays", BlockFileWriter(2).image(1, 2, 0, -1, 0).image(3, 4, 0, -1, 0).bytes(), 0, 3},
       {"length 0", BlockFileWriter(1).length(0).bytes(), -1, 0},
@@ -124,19 +121,15 @@ Samples randomSamples(int width, int height, int bytesPerSample, std::mt19937& r
   return s;
 }
 
-void put(Bytes& bytes, unsigned value, int count) {
-  for (int shift = 8 * (count - 1); shift >= 0; shift -= 8) bytes.push_back(static_cast<std::uint8_t>(value >> shift));
-}
-
 Bytes codeBand(const Samples& s, int compression, int firstRow, int pastRow) {
   Bytes band;
   const int b = s.bytesPerSample, limit = compression == 7 ? 255 : 65535;
   const int first = firstRow * s.width, past = pastRow * s.width;
   if (compression == 2) {
     for (int y = firstRow; y < pastRow; ++y) {
-      put(band, static_cast<unsigned>(s.width), 2);
-      put(band, 1, 2);
-      for (int x = 0; x < s.width; ++x) put(band, s.at(x, y), 1);
+      appendBigEndian(band, static_cast<unsigned>(s.width), 2);
+      appendBigEndian(band, 1, 2);
+      for (int x = 0; x < s.width; ++x) appendBigEndian(band, s.at(x, y), 1);
     }
     return band;
   }
@@ -148,8 +141,8 @@ Bytes codeBand(const Samples& s, int compression, int firstRow, int pastRow) {
            (compression == 1 || (i + run) % s.width != 0))
       ++run;
     if (compression == 0) run = 1;
-    if (compression != 0) put(band, static_cast<unsigned>(run), compression == 7 ? 1 : 2);
-    put(band, s.values[static_cast<std::size_t>(i)], b);
+    if (compression != 0) appendBigEndian(band, static_cast<unsigned>(run), compression == 7 ? 1 : 2);
+    appendBigEndian(band, s.values[static_cast<std::size_t>(i)], b);
     i += run;
   }
   return band;
@@ -274,21 +267,9 @@ TEST(BlockRasterData, BandsOfUnevenOffsets) {
        {1, 3, 1, 3},
        {0, 2, 0, 2, 7, 8, 255, 255, 0, 9, 255, 255, 1, 2, 3},
        {0, 0, 0, 7, 0, 8, 0, 0, 0, 0, 0, 0, 0, 3, 0, 0, 0, 0}},
-      {"rows with margins into bytes: two bytes a sample, inside the buffer",
-       2,
-       1,
-       3,
-       {1, 3, 1, 1},
-       {0, 3, 0, 1, 7, 8, 9},
-       {0, 7, 0}},
+      {"rows with margins, two bytes a sample", 2, 1, 3, {1, 3, 1, 1}, {0, 3, 0, 1, 7, 8, 9}, {0, 7, 0}},
       {"short runs: a run past the row's end fills the column behind it", 7, 1, 3, {2, 4, 1, 1}, {5, 1}, {1, 1, 1}},
-      {"short runs: what exceeds the row is dropped, the next row begins anew",
-       7,
-       1,
-       3,
-       {2, 3, 1, 2},
-       {5, 1, 0, 9, 1, 2, 2, 3},
-       {1, 1, 3, 3}},
+      {"short runs past the row's end are dropped", 7, 1, 3, {2, 3, 1, 2}, {5, 1, 0, 9, 1, 2, 2, 3}, {1, 1, 3, 3}},
       {"short runs cut short", 7, 1, 3, {1, 3, 1, 1}, {2, 4, 1}, {4, 4, 0}},
       {"nothing at all", 8, 2, 3, {1, 3, 1, 1}, {}, {0, 0, 0, 0, 0, 0}},
       {"no columns", 7, 1, 0, {1, 1, 1, 1}, {1, 1}, {0}},

@@ -6,8 +6,6 @@
 namespace qav::test {
 namespace {
 
-using Bytes = std::vector<std::uint8_t>;
-
 // A page as the library takes it: rows begin where those before end.
 struct Bitmap {
   int width, height;

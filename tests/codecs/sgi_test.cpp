@@ -9,15 +9,9 @@
 namespace qav::test {
 namespace {
 
-using Bytes = std::vector<std::uint8_t>;
-
-void put(Bytes& bytes, std::size_t value, int count) {
-  for (int shift = 8 * (count - 1); shift >= 0; shift -= 8) bytes.push_back(static_cast<std::uint8_t>(value >> shift));
-}
-
 Bytes header(bool coded, std::size_t width, std::size_t height, std::size_t channels) {
   Bytes bytes{0x01, 0xDA, coded, 1, 0, 3};
-  for (const std::size_t value : {width, height, channels}) put(bytes, value, 2);
+  for (const std::size_t value : {width, height, channels}) appendBigEndian(bytes, value, 2);
   bytes.resize(512);
   return bytes;
 }
@@ -32,10 +26,10 @@ Bytes codedFile(std::size_t width, std::size_t height, std::size_t channels, con
   Bytes bytes = header(true, width, height, channels), data;
   const std::size_t entries = height * channels;
   for (const CodedRow& row : rows) {
-    put(bytes, row.start.value_or(512 + 8 * entries + data.size()), 4);
+    appendBigEndian(bytes, row.start.value_or(512 + 8 * entries + data.size()), 4);
     data.insert(data.end(), row.coded.begin(), row.coded.end());
   }
-  for (const CodedRow& row : rows) put(bytes, row.length.value_or(row.coded.size()), 4);
+  for (const CodedRow& row : rows) appendBigEndian(bytes, row.length.value_or(row.coded.size()), 4);
   bytes.insert(bytes.end(), data.begin(), data.end());
   return bytes;
 }

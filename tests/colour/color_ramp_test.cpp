@@ -2,6 +2,8 @@
 
 #include "support/Test.h"
 
+#include <bit>
+
 namespace qav::test {
 namespace {
 
@@ -94,22 +96,18 @@ constexpr float kSpecial[] = {0.0f,  -0.0f,      1.0f,         -1.0f,   0.5f,   
 
 float anyFloat(std::mt19937& random) {
   const auto bits = static_cast<std::uint32_t>(random());
-  float f;
-  switch (random() % 4) {
-    case 0:
-      return kSpecial[random() % std::size(kSpecial)];
-    case 1:
-      std::memcpy(&f, &bits, sizeof f);
-      return std::isnan(f) ? 0.3f : f;
-    default:
-      return std::uniform_real_distribution<float>(-1.3f, 3.3f)(random);
-  }
+  const int kind = below(4, random);
+  if (kind == 0) return kSpecial[random() % std::size(kSpecial)];
+  if (kind > 1) return std::uniform_real_distribution<float>(-1.3f, 3.3f)(random);
+  const float f = std::bit_cast<float>(bits);
+  return std::isnan(f) ? 0.3f : f;
 }
 
 void applyAny(QAVMMIColorRamp& ramp, Table& table, std::mt19937& random) {
   const float a = anyFloat(random), b = anyFloat(random);
   const unsigned n = random() % 5 ? static_cast<unsigned>(random() % 260) : static_cast<unsigned>(random());
-  switch (random() % 8) {
+  const float low = random() % 2 ? a : static_cast<float>(n & 255) / 255.0f;
+  switch (random() % 7) {
     case 0:
       return ramp.ApplyBrightness(a), brightness(table, a);
     case 1:
@@ -124,11 +122,8 @@ void applyAny(QAVMMIColorRamp& ramp, Table& table, std::mt19937& random) {
       return ramp.ApplySolarize(a), solarize(table, a);
     case 5:
       return ramp.ApplyPosterize(n), posterize(table, n);
-    case 6:
-      return ramp.ApplyStretch(a, b), stretch(table, a, b);
     default:
-      ramp.ApplyStretch(static_cast<float>(n & 255) / 255.0f, b);
-      return stretch(table, static_cast<float>(n & 255) / 255.0f, b);
+      return ramp.ApplyStretch(low, b), stretch(table, low, b);
   }
 }
 

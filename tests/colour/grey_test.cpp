@@ -9,20 +9,13 @@ namespace {
 using Processor = QAVMMediaImageProcessor;
 
 std::uint8_t greyOf(int type, unsigned r, unsigned g, unsigned b) {
-  switch (type) {
-    case 1:
-      return static_cast<std::uint8_t>(g);
-    case 2:
-      return static_cast<std::uint8_t>((r + g + b) / 3);
-    case 3:
-      return static_cast<std::uint8_t>((std::max({r, g, b}) + std::min({r, g, b})) / 2);
-    case 4:
-      return static_cast<std::uint8_t>((2989 * r + 5866 * g + 1145 * b) / 10000);
-    case 6:
-      return static_cast<std::uint8_t>((222 * r + 707 * g + 57 * b) / 1000);
-    default:
-      return static_cast<std::uint8_t>((2125 * r + 7154 * g + 465 * b) / 10000);
-  }
+  const struct {
+    unsigned r, g, b, of;
+  } weights[] = {{2125, 7154, 465, 10000}, {0, 1, 0, 1},        {1, 1, 1, 3}, {}, {2989, 5866, 1145, 10000},
+                 {2125, 7154, 465, 10000}, {222, 707, 57, 1000}};
+  if (type == 3) return static_cast<std::uint8_t>((std::max({r, g, b}) + std::min({r, g, b})) / 2);
+  const auto& w = weights[type];
+  return static_cast<std::uint8_t>((w.r * r + w.g * g + w.b * b) / w.of);
 }
 
 HRESULT grey(QAVPixelImage& image, int type, unsigned char apply = 1) {

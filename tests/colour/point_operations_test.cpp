@@ -18,28 +18,37 @@ struct Operation {
 void mustNotBeCalled(float) { FAIL() << "progress"; }
 constexpr auto never = &mustNotBeCalled;
 
+// Without `build` the value is neutral.
+Operation curve(const char* name, HRESULT (*run)(QAVPixelImage&, float, int, void (*)(float), unsigned char),
+                void (QAVMMIColorRamp::*build)(float), float value) {
+  Operation operation{name, [=](auto& i, int m, auto a) { return run(i, value, m, never, a); }, {}};
+  if (build) operation.build = [=](auto& ramp) { (ramp.*build)(value); };
+  return operation;
+}
+
+Operation posterize(const char* name, unsigned levels, HRESULT refusal = S_OK) {
+  Operation operation{
+      name, [=](auto& i, int m, auto a) { return Processor::Posterize(i, levels, m, never, a); }, {}, refusal};
+  if (refusal == S_OK && levels < 255) operation.build = [=](auto& ramp) { ramp.ApplyPosterize(levels); };
+  return operation;
+}
+
 const Operation kOperations[] = {
-    {"Brightness", [](auto& i, int m, auto a) { return Processor::Brightness(i, 0.2f, m, never, a); },
-     [](auto& r) { r.ApplyBrightness(0.2f); }},
-    {"Brightness 0", [](auto& i, int m, auto a) { return Processor::Brightness(i, -0.0f, m, never, a); }, {}},
-    {"Contrast", [](auto& i, int m, auto a) { return Processor::Contrast(i, -0.3f, m, never, a); },
-     [](auto& r) { r.ApplyContrast(-0.3f); }},
-    {"Contrast 0", [](auto& i, int m, auto a) { return Processor::Contrast(i, 0.0f, m, never, a); }, {}},
-    {"Gamma", [](auto& i, int m, auto a) { return Processor::Gamma(i, 2.2f, m, never, a); },
-     [](auto& r) { r.ApplyGamma(2.2f); }},
-    {"Gamma 1", [](auto& i, int m, auto a) { return Processor::Gamma(i, 1.0f, m, never, a); }, {}},
+    curve("Brightness", Processor::Brightness, &QAVMMIColorRamp::ApplyBrightness, 0.2f),
+    curve("Brightness 0", Processor::Brightness, nullptr, -0.0f),
+    curve("Contrast", Processor::Contrast, &QAVMMIColorRamp::ApplyContrast, -0.3f),
+    curve("Contrast 0", Processor::Contrast, nullptr, 0.0f),
+    curve("Gamma", Processor::Gamma, &QAVMMIColorRamp::ApplyGamma, 2.2f),
+    curve("Gamma 1", Processor::Gamma, nullptr, 1.0f),
+    curve("Solarize", Processor::Solarize, &QAVMMIColorRamp::ApplySolarize, 0.4f),
     {"Negative", [](auto& i, int m, auto a) { return Processor::Negative(i, m, never, a); },
      [](auto& r) { r.ApplyNegative(); }},
-    {"Solarize", [](auto& i, int m, auto a) { return Processor::Solarize(i, 0.4f, m, never, a); },
-     [](auto& r) { r.ApplySolarize(0.4f); }},
-    {"Posterize 2", [](auto& i, int m, auto a) { return Processor::Posterize(i, 2, m, never, a); },
-     [](auto& r) { r.ApplyPosterize(2); }},
-    {"Posterize 254", [](auto& i, int m, auto a) { return Processor::Posterize(i, 254, m, never, a); },
-     [](auto& r) { r.ApplyPosterize(254); }},
-    {"Posterize 255", [](auto& i, int m, auto a) { return Processor::Posterize(i, 255, m, never, a); }, {}},
-    {"Posterize 256", [](auto& i, int m, auto a) { return Processor::Posterize(i, 256, m, never, a); }, {}, E_FAIL},
-    {"Posterize 1", [](auto& i, int m, auto a) { return Processor::Posterize(i, 1, m, never, a); }, {}, E_FAIL},
-    {"Posterize 0", [](auto& i, int m, auto a) { return Processor::Posterize(i, 0, m, never, a); }, {}, E_FAIL},
+    posterize("Posterize 2", 2),
+    posterize("Posterize 254", 254),
+    posterize("Posterize 255", 255),
+    posterize("Posterize 256", 256, E_FAIL),
+    posterize("Posterize 1", 1, E_FAIL),
+    posterize("Posterize 0", 0, E_FAIL),
     {"AdjustColor", [](auto& i, int m, auto a) { return Processor::AdjustColor(i, 0.2f, 0.5f, 1.4f, m, never, a); },
      [](auto& r) {
        r.ApplyBrightness(0.2f);
@@ -54,18 +63,8 @@ const Operation kOperations[] = {
 
 // The mask bit of each byte of a pixel.
 std::vector<int> channelBits(QAVPixelImageFormat format) {
-  switch (format) {
-    case L8:
-      return {1};
-    case LA88:
-      return {1, 16};
-    case RGB888:
-      return {2, 4, 8};
-    case RGBA8888:
-      return {2, 4, 8, 16};
-    default:
-      return {};
-  }
+  const std::vector<int> bits[] = {{1}, {1, 16}, {2, 4, 8}, {2, 4, 8, 16}};
+  return format <= RGBA8888 ? bits[format] : std::vector<int>();
 }
 
 // What the operation makes of the bytes, and its status.

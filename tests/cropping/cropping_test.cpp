@@ -55,17 +55,14 @@ Area areaOf(QAVPixelImage& image, const QAVMMPIPixelColor& trim) {
 Area walk(const QAVPixelImage& image, const QAVMMPIPixelColor& trim) {
   int width = 0, height = 0;
   image.GetSize(width, height);
-  const auto is = [&](int x, int y) { return colourAt(image, x, y).HasSameSpecAndColorThan(trim); };
-  const auto row = [&](int y) {
-    for (int x = 0; x < width; ++x)
-      if (!is(x, y)) return false;
+  const auto uniform = [&](int x, int y, int pastX, int pastY) {
+    for (int row = y; row < pastY; ++row)
+      for (int column = x; column < pastX; ++column)
+        if (!colourAt(image, column, row).HasSameSpecAndColorThan(trim)) return false;
     return true;
   };
-  const auto column = [&](int x) {
-    for (int y = 0; y < height; ++y)
-      if (!is(x, y)) return false;
-    return true;
-  };
+  const auto row = [&](int y) { return uniform(0, y, width, y + 1); };
+  const auto column = [&](int x) { return uniform(x, 0, x + 1, height); };
   Area a{0, 0, width - 1, height - 1, 0};
   auto& [left, top, right, bottom, result] = a;
   for (; top < height && row(top); ++top) result = 1;

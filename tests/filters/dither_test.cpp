@@ -23,8 +23,6 @@ const Method kMethods[4] = {
      {{1, 0, 8}, {2, 0, 4}, {-2, 1, 6}, {0, 1, 8}, {1, 1, 4}, {2, 1, 2}, {-2, 2, 3}, {0, 2, 4}, {1, 2, 2}, {2, 2, 1}}},
 };
 
-using Bytes = std::vector<std::uint8_t>;
-
 void diffusePlainly(Bytes& pixels, int width, int height, const Method& method) {
   std::vector<int> sums(pixels.size());
   for (int y = 0; y < height; ++y) {

@@ -3,9 +3,8 @@
 #include <QAVMMColorTransform.h>
 #include <QAVMMPIPixelImageAccess.h>
 
+namespace qav::test {
 namespace {
-
-using qav::test::Image;
 
 struct ReleaseIterator {
   void operator()(QAVMMPIPixelIterator* iterator) const { iterator->Release(); }
@@ -22,7 +21,7 @@ int placeOf(const QAVMMPIPixelIterator& iterator) {
 }
 
 Image numberedImage(QAVPixelImageFormat format) {
-  const Image grey = qav::test::makeImage(4, 3, L8);
+  const Image grey = makeImage(4, 3, L8);
   for (int i = 0; i < 12; ++i) grey->GetPixelsToModify()[i] = static_cast<unsigned char>(10 * (i / 4) + i % 4);
   return Image(grey->CreateConvertedCopy(format));
 }
@@ -53,7 +52,7 @@ TEST(PixelIterator, WalksInRasterOrderAndNeverLeaves) {
 TEST(PixelIterator, ComparesRowsByColour) {
   for (const QAVPixelImageFormat format :
        {L8, LA88, RGB888, RGBA8888, BitonalRuns, RGB161616, RGBA16161616, RGBFloat}) {
-    const Image grey = qav::test::imageOf(3, 3, L8, {0, 255, 0, 0, 255, 0, 0, 255, 255});
+    const Image grey = imageOf(3, 3, L8, {0, 255, 0, 0, 255, 0, 0, 255, 255});
     const Image image(grey->CreateConvertedCopy(format));
     const Iterator it = iteratorOf(*image);
     it->GoTo(1, 1);
@@ -83,7 +82,7 @@ TEST(PixelIterator, EmptyAndPixellessImages) {
 }
 
 TEST(PixelColour, ComparesSpecAndChannels) {
-  const Image rgb = qav::test::imageOf(2, 1, RGB888, {1, 2, 3, 1, 2, 4});
+  const Image rgb = imageOf(2, 1, RGB888, {1, 2, 3, 1, 2, 4});
   const Image deep(rgb->CreateConvertedCopy(RGB161616));
   QAVMMPIPixelColor first, second, other, none;
   ASSERT_TRUE(QAVMMPIPixelImageAccess::GetPixelImageColorAt(*rgb, 0, 0, first));
@@ -101,14 +100,14 @@ TEST(PixelColour, ComparesSpecAndChannels) {
   EXPECT_EQ(first.GetUCHARi(2), 3) << "outside the image nothing changes";
 
   const std::array<float, 4> odd{NAN, -INFINITY, INFINITY, 0.5f};
-  const Image floats = qav::test::makeImage(1, 1, RGBAFloat);
+  const Image floats = makeImage(1, 1, RGBAFloat);
   const QAVMMPIPixelColor colour(floats->getSpec(), odd);
   const int bytes[] = {0, 0, 255, 128};
   for (int i = 0; i < 4; ++i) EXPECT_EQ(colour.GetUCHARi(i), bytes[i]);
 }
 
 TEST(ColourSpec, IsTheSameForTheSameFormatAndSpace) {
-  for (const QAVPixelImageFormat format : qav::test::kAllFormats) {
+  for (const QAVPixelImageFormat format : kAllFormats) {
     QAVPixelImage image(1, 1, format);
     QAVMMPIPixelColorSpec* shared = QAVMMPIPixelColorSpec::BuildOrRetrievePixelColorSpecFromPixelImage(image);
     QAVMMPIPixelColorSpec* made = QAVMMPIPixelColorSpec::CreatePixelColorSpec(format, nullptr);
@@ -177,3 +176,4 @@ TEST(DeltaE, MethodsAndWeights) {
 }
 
 }  // namespace
+}  // namespace qav::test

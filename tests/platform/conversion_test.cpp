@@ -3,10 +3,8 @@
 #include "platform/AnyImage.h"
 #include "support/Test.h"
 
+namespace qav::test {
 namespace {
-
-using qav::test::Image;
-using qav::test::kAllFormats;
 
 // One pixel by the definition, channel by channel: what its four channels R, G, B, A are in a format. Written in
 // exact arithmetic; grey sits in R, G and B alike.
@@ -81,8 +79,7 @@ TEST(Conversion, EveryPairOfFormatsFollowsTheDefinition) {
   for (const QAVPixelImageFormat from : kAllFormats)
     for (const QAVPixelImageFormat to : kAllFormats) {
       if (from == NoPixelStorage || to == NoPixelStorage) continue;
-      const Image source =
-          qav::test::randomImageOf(from, 1500, 3, random);  // longer than the block that is converted at once
+      const Image source = randomImageOf(from, 1500, 3, random);  // longer than the block that is converted at once
       const Image result(source->CreateConvertedCopy(to));
       ASSERT_TRUE(result);
       ASSERT_EQ(result->GetFormat(), to);
@@ -120,7 +117,7 @@ TEST(Conversion, EveryColourAndEverySampleValue) {
 TEST(Conversion, RefusesWhatHoldsNoPixelsAndLeavesTheImageAlone) {
   for (const QAVPixelImageFormat bad : {NoPixelStorage, static_cast<QAVPixelImageFormat>(6),
                                         static_cast<QAVPixelImageFormat>(14), static_cast<QAVPixelImageFormat>(-1)}) {
-    const Image image = qav::test::imageOf(1, 1, L8, {77});
+    const Image image = imageOf(1, 1, L8, {77});
     EXPECT_EQ(image->ConvertToFormat(bad), E_FAIL);
     EXPECT_EQ(image->GetFormat(), L8);
     EXPECT_EQ(image->GetPixelsToRead()[0], 77);
@@ -144,8 +141,9 @@ TEST(Conversion, EmptyImagesConvert) {
 TEST(Conversion, ExpandRunsGivesBlackAndWhite) {
   QAVPixelImage image(10, 2, BitonalRuns);
   EXPECT_EQ(image.ExpandRuns(0), S_OK);
-  EXPECT_EQ(qav::test::bytesOf(image), std::vector<std::uint8_t>(20, 255)) << "a new image is white";
+  EXPECT_EQ(bytesOf(image), std::vector<std::uint8_t>(20, 255)) << "a new image is white";
   EXPECT_EQ(image.ExpandRuns(0), E_FAIL);
 }
 
 }  // namespace
+}  // namespace qav::test

@@ -10,12 +10,8 @@
 
 #include <jpeglib.h>
 
+namespace qav::test {
 namespace {
-
-using Bytes = std::vector<std::uint8_t>;
-using qav::test::bytesOf;
-using qav::test::Image;
-using qav::test::memoryOf;
 
 class ImageFile : public testing::Test {
  protected:
@@ -23,19 +19,19 @@ class ImageFile : public testing::Test {
   void TearDown() override { EXPECT_EQ(testing::internal::GetCapturedStderr(), "") << "the readers print nothing"; }
   static Image read(const std::string& path) { return Image(QAVPixelImage::CreateFromFile(path, QAVReadOnly, 0)); }
 
-  qav::test::TemporaryFolder folder_;
+  TemporaryFolder folder_;
   std::mt19937 random_{1};
 };
 
 TEST_F(ImageFile, TiffKeepsEveryFormat) {
-  for (const QAVPixelImageFormat format : qav::test::kAllFormats)
+  for (const QAVPixelImageFormat format : kAllFormats)
     for (const auto& size : {std::pair(1, 1), std::pair(37, 23), std::pair(9, 1), std::pair(513, 700)}) {
       const std::string path = folder_.path("a.tif");
       if (format == NoPixelStorage) {
         ASSERT_EQ(QAVPixelImage(size.first, size.second, format).WriteToFile(path, "TIFF"), E_FAIL);
         continue;
       }
-      const Image image = qav::test::randomImageOf(format, size.first, size.second, random_);
+      const Image image = randomImageOf(format, size.first, size.second, random_);
       ASSERT_EQ(image->WriteToFile(path, "TIFF"), S_OK);
       const Image back = read(path);
       ASSERT_TRUE(back) << format;
@@ -62,7 +58,7 @@ TEST_F(ImageFile, PngAndJpegKeepWhatTheyCanHold) {
                {"JPEG", 4, LA88, L8},
                {"JPEG", 9, RGBA8888, RGB888},
                {"JPEG", 9, RGB161616, RGB888}};
-  const Image smooth = qav::test::makeImage(61, 47, RGBA8888);
+  const Image smooth = makeImage(61, 47, RGBA8888);
   for (int i = 0; i < 61 * 47 * 4; ++i)
     smooth->GetPixelsToModify()[i] = static_cast<unsigned char>((i / 4) % 61 * 2 + i / 244 + i % 4 * 20);
   for (const auto& c : cases) {
@@ -84,7 +80,7 @@ TEST_F(ImageFile, RefusesOtherTypesAndEmptyImagesWithoutTouchingTheFile) {
   for (const char* type : {"tiff", "TIF", "BMP", "", "PNG "}) EXPECT_EQ(image.WriteToFile(path, type), E_FAIL);
   for (const char* type : {"TIFF", "PNG", "JPEG"}) EXPECT_EQ(empty.WriteToFile(path, type), E_FAIL);
   EXPECT_EQ(wide.WriteToFile(path, "JPEG"), E_FAIL);
-  EXPECT_EQ(qav::test::readFile(path), (Bytes{1, 2, 3}));
+  EXPECT_EQ(readFile(path), (Bytes{1, 2, 3}));
   for (const char* type : {"TIFF", "PNG", "JPEG"}) {
     EXPECT_EQ(image.WriteToFile(folder_.path("no/such/folder"), type), E_FAIL);
     EXPECT_EQ(image.WriteToFile("/dev/full", type), E_FAIL);
@@ -245,3 +241,4 @@ TEST_F(ImageFile, ReadsJpegWithFourInks) {
 }
 
 }  // namespace
+}  // namespace qav::test

@@ -6,10 +6,8 @@
 #include <malloc.h>
 #include <sys/stat.h>
 
+namespace qav::test {
 namespace {
-
-using Bytes = std::vector<std::uint8_t>;
-using qav::test::Image;
 
 struct Seed {
   const char* type;
@@ -22,11 +20,10 @@ class HostileFile : public testing::Test {
     std::mt19937 random(1);
     for (const QAVPixelImageFormat format : {L8, RGBA8888, BitonalRuns, RGBFloat, RGB161616})
       for (const char* type : {"TIFF", "PNG", "JPEG"}) {
-        const Image image(
-            qav::test::randomImage(9, 7, RGBA8888, random, qav::test::Texture::Smooth)->CreateConvertedCopy(format));
+        const Image image(randomImage(9, 7, RGBA8888, random, Texture::Smooth)->CreateConvertedCopy(format));
         const std::string path = folder_.path("seed");
         ASSERT_EQ(image->WriteToFile(path, type), S_OK);
-        seeds_.push_back({type, qav::test::readFile(path)});
+        seeds_.push_back({type, readFile(path)});
         ASSERT_TRUE(Image(QAVPixelImage::CreateFromFile(path, QAVReadOnly, 0)));
       }
     testing::internal::CaptureStderr();
@@ -43,25 +40,25 @@ class HostileFile : public testing::Test {
     mallopt(M_PERTURB, 0);
     EXPECT_EQ(!image, !again);
     if (image && again) {
-      EXPECT_EQ(qav::test::memoryOf(*image), qav::test::memoryOf(*again));
+      EXPECT_EQ(memoryOf(*image), memoryOf(*again));
     }
     return image;
   }
 
-  qav::test::TemporaryFolder folder_;
+  TemporaryFolder folder_;
   std::vector<Seed> seeds_;
 };
 
 TEST_F(HostileFile, NoPrefixGivesHalfAPicture) {
   for (const Seed& seed : seeds_) {
-    const Bytes whole = qav::test::bytesOf(*Image(read(seed.bytes)->CreateConvertedCopy(RGBA8888)));
+    const Bytes whole = bytesOf(*Image(read(seed.bytes)->CreateConvertedCopy(RGBA8888)));
     for (std::size_t length = 0; length < seed.bytes.size(); ++length) {
       const Image image = read(Bytes(seed.bytes.begin(), seed.bytes.begin() + static_cast<std::ptrdiff_t>(length)));
       // The last bytes of a TIFF say whether another picture follows; without them this one is still whole.
       const bool needless = std::strcmp(seed.type, "TIFF") == 0 && length + 4 >= seed.bytes.size();
       ASSERT_TRUE(needless || !image) << seed.type << " cut at " << length << " of " << seed.bytes.size();
       if (image) {
-        ASSERT_EQ(qav::test::bytesOf(*Image(image->CreateConvertedCopy(RGBA8888))), whole);
+        ASSERT_EQ(bytesOf(*Image(image->CreateConvertedCopy(RGBA8888))), whole);
       }
     }
   }
@@ -156,3 +153,4 @@ TEST(PlausiblePicture, ComparesBitsWithTheFile) {
 }
 
 }  // namespace
+}  // namespace qav::test

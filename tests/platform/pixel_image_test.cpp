@@ -1,9 +1,7 @@
 #include "support/Test.h"
 
+namespace qav::test {
 namespace {
-
-using qav::test::bytesOf;
-using qav::test::Image;
 
 TEST(PixelImage, FormatsAnswerWithTheirSizes) {
   struct {
@@ -31,7 +29,7 @@ TEST(PixelImage, FormatsAnswerWithTheirSizes) {
       EXPECT_EQ(image.GetFloatingPixelsToRead() != nullptr, f.floats) << f.format;
       EXPECT_EQ(image.GetFloatingPixelsToModify(), image.GetFloatingPixelsToRead());
       EXPECT_EQ(image.GetSixteenBitPixelsToRead() != nullptr, f.words) << f.format;
-      EXPECT_EQ(bytesOf(image), std::vector<std::uint8_t>(f.byteBuffer ? qav::test::byteCount(image) : 0));
+      EXPECT_EQ(bytesOf(image), std::vector<std::uint8_t>(f.byteBuffer ? byteCount(image) : 0));
     }
 }
 
@@ -107,3 +105,4 @@ TEST(PixelImage, TransparencySetsAlphaAlone) {
 }
 
 }  // namespace
+}  // namespace qav::test

@@ -1,11 +1,8 @@
 #include "platform/AnyImage.h"
 #include "support/Test.h"
 
+namespace qav::test {
 namespace {
-
-using qav::test::bytesOf;
-using qav::test::Image;
-using qav::test::kAllFormats;
 
 constexpr QAVMMIResampleType kKinds[] = {QAVMMIResampleNearest, QAVMMIResampleTriangle, QAVMMIResampleCatmullRom,
                                          QAVMMIResampleMitchell};
@@ -16,7 +13,7 @@ TEST(Resize, ConstantImagesStayExactlyConstant) {
     if (pixelLayoutOf(format).channels == 0) continue;
     for (const QAVMMIResampleType kind : kKinds)
       for (const auto& to : {std::pair(1, 1), std::pair(200, 3), std::pair(7, 90), std::pair(13, 9), std::pair(4, 4)}) {
-        const Image source = qav::test::makeImage(13, 9, format);
+        const Image source = makeImage(13, 9, format);
         const auto pixelSize = static_cast<std::size_t>(source->GetBytesPerPixel());
         std::vector<std::uint8_t> pixel(pixelSize);
         for (std::uint8_t& byte : pixel) byte = static_cast<std::uint8_t>(random() % 128);  // finite as float, too
@@ -25,7 +22,7 @@ TEST(Resize, ConstantImagesStayExactlyConstant) {
         const Image result(source->CreateResizedCopy(to.first, to.second, kind));
         ASSERT_TRUE(result);
         ASSERT_EQ(result->GetFormat(), format);
-        const std::vector<std::uint8_t> out = qav::test::memoryOf(*result);
+        const std::vector<std::uint8_t> out = memoryOf(*result);
         ASSERT_EQ(out.size(), static_cast<std::size_t>(to.first) * static_cast<std::size_t>(to.second) * pixelSize);
         for (std::size_t i = 0; i < out.size(); ++i) ASSERT_EQ(out[i], pixel[i % pixelSize]) << format << " " << kind;
       }
@@ -49,7 +46,7 @@ TEST(Resize, FollowsTheKernelsWithRepeatedEdges) {
     for (const auto& [from, to] :
          {std::pair(10, 10), std::pair(10, 20), std::pair(30, 11), std::pair(3, 50), std::pair(57, 2), std::pair(1, 4)})
       for (const bool vertical : {false, true}) {
-        const Image source = qav::test::randomImage(vertical ? 1 : from, vertical ? from : 1, L8, random);
+        const Image source = randomImage(vertical ? 1 : from, vertical ? from : 1, L8, random);
         const Image result(source->CreateResizedCopy(vertical ? 1 : to, vertical ? to : 1, kind));
         const std::vector<std::uint8_t> in = bytesOf(*source), out = bytesOf(*result);
         const double step = static_cast<double>(from) / to, stretch = std::max(1.0, step);
@@ -72,7 +69,7 @@ TEST(Resize, FollowsTheKernelsWithRepeatedEdges) {
 
 TEST(Resize, BilevelPicksTheNearestPixel) {
   std::mt19937 random(3);
-  Image source = qav::test::randomImage(37, 21, L8, random, qav::test::Texture::Extremes);
+  Image source = randomImage(37, 21, L8, random, Texture::Extremes);
   const Image expected(source->CreateResizedCopy(90, 8, QAVMMIResampleNearest));
   ASSERT_EQ(source->ConvertToFormat(BitonalRuns), S_OK);
   const Image result(source->CreateResizedCopy(90, 8, QAVMMIResampleMitchell));
@@ -95,8 +92,8 @@ TEST(Paste, CopiesWhatFallsInsideAtEveryOffset) {
   std::mt19937 random(4);
   std::vector<int> offsets{INT_MIN, INT_MIN + 1, INT_MAX - 4, INT_MAX};
   for (int offset = -7; offset <= 11; ++offset) offsets.push_back(offset);
-  const Image start = qav::test::randomImage(10, 6, L8, random, qav::test::Texture::Extremes);
-  const Image piece = qav::test::randomImage(5, 7, L8, random, qav::test::Texture::Extremes);
+  const Image start = randomImage(10, 6, L8, random, Texture::Extremes);
+  const Image piece = randomImage(5, 7, L8, random, Texture::Extremes);
   for (const QAVPixelImageFormat format : kAllFormats) {
     if (format == NoPixelStorage) continue;
     for (const int x : offsets)
@@ -128,7 +125,7 @@ TEST(Paste, IntoItselfReadsThePixelsAsTheyWere) {
 
 TEST(Paste, RefusesNullUnchangeableAndPixelless) {
   QAVPixelImage image(2, 2, L8), none(2, 2, NoPixelStorage);
-  qav::test::ReadOnlyImage fixed(2, 2, L8);
+  ReadOnlyImage fixed(2, 2, L8);
   EXPECT_EQ(image.PasteImage(0, 0, nullptr, 0), E_FAIL);
   EXPECT_EQ(image.PasteImage(0, 0, &none, 0), E_FAIL);
   EXPECT_EQ(none.PasteImage(0, 0, &image, 0), E_FAIL);
@@ -136,3 +133,4 @@ TEST(Paste, RefusesNullUnchangeableAndPixelless) {
 }
 
 }  // namespace
+}  // namespace qav::test

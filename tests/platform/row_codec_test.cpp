@@ -4,9 +4,8 @@
 
 #include <CCITT.h>
 
+namespace qav::test {
 namespace {
-
-using Bytes = std::vector<std::uint8_t>;
 
 unsigned below(unsigned limit, std::mt19937& random) { return static_cast<unsigned>(random() % limit); }
 
@@ -19,7 +18,7 @@ Bytes encode(const Bytes& bitmap, unsigned width) {
 
 // Decodes into guarded memory; what lies behind the row must stay as it is.
 Bytes decode(const unsigned char* coded, std::size_t length, unsigned width) {
-  qav::test::GuardedBytes row((width + 7) / 8, 3);
+  GuardedBytes row((width + 7) / 8, 3);
   std::fill_n(row.data(), row.size(), std::uint8_t{0});
   CCITT::decode(row.data(), coded, static_cast<unsigned>(length), width);
   EXPECT_TRUE(row.guardsIntact());
@@ -57,7 +56,7 @@ TEST(RowCodec, IgnoresTheBitsBehindTheLastPixel) {
 TEST(RowCodec, WritesTheSameCodesAsLibtiff) {
   std::mt19937 random(2);
   const auto check = [&](const Bytes& row, unsigned width) {
-    qav::test::TiffStrip theirs(static_cast<int>(width), 1, COMPRESSION_CCITTRLE);
+    TiffStrip theirs(static_cast<int>(width), 1, COMPRESSION_CCITTRLE);
     ASSERT_TRUE(theirs.encode(row));
     EXPECT_EQ(encode(row, width), theirs.coded()) << width;
   };
@@ -102,3 +101,4 @@ TEST(RowCodec, OddArguments) {
 }
 
 }  // namespace
+}  // namespace qav::test

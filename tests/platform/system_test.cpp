@@ -9,6 +9,7 @@
 
 #include <thread>
 
+namespace qav::test {
 namespace {
 
 struct Counted : QAVBaseUnknown {
@@ -115,7 +116,7 @@ TEST(RawCollection, CountsFromOneAndKeepsItsMemory) {
   for (int i = 0; i < 100; ++i) values.Append(7.0);
   EXPECT_EQ(&values[1], memory);
 
-  const qav::test::CheckRecorder recorder;
+  const CheckRecorder recorder;
   for (const int position : {0, 101, -1}) values[position] = 5.0;
   EXPECT_EQ(recorder.reports().size(), 3u);
   EXPECT_EQ(values[100], 7.0);
@@ -142,3 +143,4 @@ TEST(Checks, GoToStandardErrorWhereNobodyAsksForThem) {
 }
 
 }  // namespace
+}  // namespace qav::test

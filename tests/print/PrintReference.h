@@ -10,8 +10,6 @@
 /// Print encoding done one sample, one run and one digit at a time.
 namespace qav::test {
 
-using Bytes = std::vector<std::uint8_t>;
-
 inline constexpr char kFlush = '\1';
 
 /// A stream that keeps what it is given, with kFlush wherever it was flushed.

@@ -43,6 +43,14 @@ Sample storedSum(double sum) {
   return static_cast<Sample>(v >= 255.0 ? 255 : v >= 0.0 ? v : 0);
 }
 
+/// The sum over an entry's run of sampleAt(j) by its weights.
+template <class At>
+double weightedSum(const QAVMMContribution& entry, At sampleAt) {
+  double sum = 0.0;
+  for (int j = entry.left; j <= entry.right; ++j) sum += sampleAt(j) * entry.weights[j - entry.left];
+  return sum;
+}
+
 /// One pass over `lines` lines; sample i of line l and channel c lies at l * lineStep + i * sampleStep + c.
 template <class Sample>
 std::vector<Sample> definedPass(const std::vector<Sample>& in, int width, int height, int channels, int target,
@@ -57,11 +65,8 @@ std::vector<Sample> definedPass(const std::vector<Sample>& in, int width, int he
   for (int line = 0; line < lines; ++line)
     for (int i = 0; i < target; ++i)
       for (int c = 0; c < channels; ++c) {
-        const QAVMMContribution& entry = table.contributions[i];
-        double sum = 0.0;
-        for (int j = entry.left; j <= entry.right; ++j)
-          sum += static_cast<double>(in[place(line, j, c, source)]) * entry.weights[j - entry.left];
-        out[place(line, i, c, target)] = storedSum<Sample>(sum);
+        const auto sampleAt = [&](int j) { return static_cast<double>(in[place(line, j, c, source)]); };
+        out[place(line, i, c, target)] = storedSum<Sample>(weightedSum(table.contributions[i], sampleAt));
       }
   return out;
 }

@@ -10,6 +10,12 @@
 
 namespace qav::test {
 
+using Bytes = std::vector<std::uint8_t>;
+
+inline void appendBigEndian(Bytes& bytes, std::size_t value, int count) {
+  for (int shift = 8 * (count - 1); shift >= 0; shift -= 8) bytes.push_back(static_cast<std::uint8_t>(value >> shift));
+}
+
 struct ReleaseReference {
   void operator()(QAVBaseUnknown* object) const { object->Release(); }
 };
