@@ -42,10 +42,7 @@ Image readPicture(const Bytes& file) {
 void expectPicture(const Bytes& file, int width, int height, QAVPixelImageFormat format, const Bytes& pixels) {
   const Image image = readPicture(file);
   ASSERT_TRUE(image);
-  int readWidth = 0, readHeight = 0;
-  image->GetSize(readWidth, readHeight);
-  EXPECT_EQ(readWidth, width);
-  EXPECT_EQ(readHeight, height);
+  EXPECT_EQ(extentOf(*image), std::pair(width, height));
   EXPECT_EQ(image->GetFormat(), format);
   EXPECT_EQ(qav::test::bytesOf(*image), pixels);
 }

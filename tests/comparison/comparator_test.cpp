@@ -91,11 +91,10 @@ void expectSame(const Outcome& found, const Outcome& expected) {
   const auto bits = [](double v) { return std::bit_cast<std::uint64_t>(std::isnan(v) ? kNaN : v); };
   EXPECT_EQ(found.result, expected.result);
   EXPECT_EQ(found.count, expected.count);
-  EXPECT_EQ(bits(found.mean), bits(expected.mean));
-  EXPECT_EQ(bits(found.percentage), bits(expected.percentage));
-  EXPECT_EQ(bits(found.deviation), bits(expected.deviation)) << found.deviation - expected.deviation;
-  EXPECT_EQ(bits(found.maximum), bits(expected.maximum));
-  EXPECT_EQ(bits(found.median), bits(expected.median));
+  const auto numbers = [&](const Outcome& o) {
+    return std::vector{bits(o.mean), bits(o.percentage), bits(o.deviation), bits(o.maximum), bits(o.median)};
+  };
+  EXPECT_EQ(numbers(found), numbers(expected));
   ASSERT_EQ(found.entries.size(), expected.entries.size());
   for (std::size_t i = 0; i < found.entries.size(); ++i)
     ASSERT_EQ(bits(found.entries[i]), bits(expected.entries[i])) << i;

@@ -53,8 +53,7 @@ Area areaOf(QAVPixelImage& image, const QAVMMPIPixelColor& trim) {
 
 // The walk step by step, one pixel at a time.
 Area walk(const QAVPixelImage& image, const QAVMMPIPixelColor& trim) {
-  int width = 0, height = 0;
-  image.GetSize(width, height);
+  const auto [width, height] = extentOf(image);
   const auto uniform = [&](int x, int y, int pastX, int pastY) {
     for (int row = y; row < pastY; ++row)
       for (int column = x; column < pastX; ++column)

@@ -29,9 +29,8 @@ bool isKernel(int type) {
 bool turnsGrey(int type) { return type >= 10 && type <= 22 && type != 17 && type != 18; }
 
 Picture pictureOf(const QAVPixelImage& image) {
-  Picture p{0, 0, image.GetBytesPerPixel(), bytesOf(image)};
-  image.GetSize(p.width, p.height);
-  return p;
+  const auto [width, height] = extentOf(image);
+  return {width, height, image.GetBytesPerPixel(), bytesOf(image)};
 }
 
 Picture expectedOf(const QAVPixelImage& image, int type, int passes) {

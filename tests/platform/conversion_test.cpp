@@ -48,8 +48,7 @@ long double sampleAt(const QAVPixelImage& image, std::size_t i) {
 }
 
 std::vector<Pixel> pixelsOf(const QAVPixelImage& image) {
-  int width = 0, height = 0;
-  image.GetSize(width, height);
+  const auto [width, height] = extentOf(image);
   const QAVPixelImageFormat format = image.GetFormat();
   const auto channels = static_cast<std::size_t>(pixelLayoutOf(format).channels);
   std::vector<Pixel> pixels;

@@ -54,8 +54,7 @@ inline std::string base85Text(const std::uint8_t* data, std::size_t count) {
 
 /// The samples of a byte image in print order.
 inline Bytes printSamples(const QAVPixelImage& image, bool bottomUp, int mode) {
-  int width = 0, height = 0;
-  image.GetSize(width, height);
+  const auto [width, height] = extentOf(image);
   const int channels = image.GetFormat() + 1;
   const bool drops = mode == 1 && channels % 2 == 0;
   Bytes samples;

@@ -16,8 +16,7 @@ std::string blockText(const Bytes& bytes) {
 }
 
 Bytes maskBytes(const QAVPixelImage& image) {
-  int width = 0, height = 0;
-  image.GetSize(width, height);
+  const auto [width, height] = extentOf(image);
   const int channels = image.GetFormat() + 1;
   Bytes bytes;
   for (int row = height - 1; row >= 0; --row) {

@@ -35,8 +35,7 @@ bool sameFloats(const std::vector<float>& a, const std::vector<float>& b) {
 }
 
 ::testing::AssertionResult scalesAsDefined(QAVPixelImage& image, int width, int height, QAVMMGenericFilter* filter) {
-  int w = 0, h = 0;
-  image.GetSize(w, h);
+  const auto [w, h] = extentOf(image);
   const Image result(
       QAVMMResizeEngine(filter).scale(&image, static_cast<unsigned>(width), static_cast<unsigned>(height)));
   const bool floating = image.GetFormat() >= RGBFloat;
@@ -136,9 +135,7 @@ TEST(ResizeEngine, SizesThatAreEmptyOrCannotBe) {
   QAVMMResizeEngine engine(&kernel);
   const auto expectZeros = [&](QAVPixelImage& source, unsigned width, unsigned height) {
     const Image result(engine.scale(&source, width, height));
-    int w = 0, h = 0;
-    result->GetSize(w, h);
-    EXPECT_TRUE(w == static_cast<int>(width) && h == static_cast<int>(height));
+    EXPECT_EQ(extentOf(*result), std::pair(static_cast<int>(width), static_cast<int>(height)));
     EXPECT_EQ(bytesOf(*result), std::vector<std::uint8_t>(width * height * 3));
   };
   std::mt19937 random(1);

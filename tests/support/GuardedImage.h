@@ -9,8 +9,7 @@ namespace qav::test {
 class GuardedImage {
  public:
   GuardedImage(const QAVPixelImage& original, std::size_t misalignment) : memory_(byteCount(original), misalignment) {
-    int width = 0, height = 0;
-    original.GetSize(width, height);
+    const auto [width, height] = extentOf(original);
     std::copy_n(original.GetPixelsToRead(), memory_.size(), memory_.data());
     image_.reset(new QAVPixelImage(width, height, original.GetFormat(), memory_.data(), QAVDeallocatePixelsByCaller));
   }

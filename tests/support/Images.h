@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <memory>
 #include <random>
+#include <utility>
 #include <vector>
 
 namespace qav::test {
@@ -28,9 +29,14 @@ inline Image makeImage(int width, int height, QAVPixelImageFormat format) {
 
 inline Image copyOf(const QAVPixelImage& image) { return Image(new QAVPixelImage(image)); }
 
-inline std::size_t byteCount(const QAVPixelImage& image) {
+inline std::pair<int, int> extentOf(const QAVPixelImage& image) {
   int width = 0, height = 0;
   image.GetSize(width, height);
+  return {width, height};
+}
+
+inline std::size_t byteCount(const QAVPixelImage& image) {
+  const auto [width, height] = extentOf(image);
   return static_cast<std::size_t>(width) * static_cast<std::size_t>(height) *
          static_cast<std::size_t>(image.GetBytesPerPixel());
 }
