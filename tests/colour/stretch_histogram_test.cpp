@@ -19,11 +19,11 @@ struct Extremes {
   }
 };
 
-// Samples that rise from step to step for a while, so that the start of a channel matters.
+// Samples that rise from step to step for a while, or to the end, so that the start of a channel matters.
 std::vector<std::uint8_t> risingThenAny(std::size_t count, std::size_t channels, std::mt19937& random) {
   std::vector<std::uint8_t> bytes(count);
   int last[4] = {-1, -1, -1, -1};
-  const std::size_t rising = random() % (count + 1);
+  const std::size_t rising = random() % 4 ? random() % (count + 1) : count;
   const std::uint8_t range = static_cast<std::uint8_t>(1 + random() % 255);
   for (std::size_t i = 0; i < count; ++i) {
     int& previous = last[i % channels];
