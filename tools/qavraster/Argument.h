@@ -13,10 +13,12 @@ namespace qavraster {
 struct Size {
   int width = 0;
   int height = 0;
+  friend bool operator==(const Size&, const Size&) = default;
 };
 
 struct Colour {
   unsigned char red = 0, green = 0, blue = 0, alpha = 255;
+  friend bool operator==(const Colour&, const Colour&) = default;
 };
 
 /// One value of an operation: how it is called in the help, what it may be, and in which unit.
