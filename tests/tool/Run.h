@@ -78,15 +78,16 @@ class Workplace {
     return finish(start(arguments, prepare));
   }
 
-  /// Ends the program while it waits for its input, when it has begun its file in the folder out.
-  Outcome stopped(const std::string& arguments, int signal, const Prepare& prepare = {}) const {
+  /// Ends the program while it waits for its input, when it has begun its file in the folder out and `files` are here.
+  Outcome stopped(const std::string& arguments, int signal, std::size_t files, const Prepare& prepare = {}) const {
     const pid_t child = start(arguments, [&] {
       // Whoever runs the tests may ignore these signals, and what is ignored stays so.
       for (const int each : {SIGINT, SIGTERM, SIGHUP}) std::signal(each, SIG_DFL);
       if (prepare) prepare();
     });
-    for (int i = 0; i < 1000 && made().empty(); ++i) std::this_thread::sleep_for(std::chrono::milliseconds(10));
-    EXPECT_EQ(made().size(), 1u);
+    const auto waiting = [&] { return made().size() == 1 && count() == files; };
+    for (int i = 0; i < 1000 && !waiting(); ++i) std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    EXPECT_TRUE(waiting());
     std::this_thread::sleep_for(std::chrono::milliseconds(50));
     kill(child, signal);
     return finish(child);
