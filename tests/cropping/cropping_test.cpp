@@ -53,7 +53,8 @@ Area areaOf(QAVPixelImage& image, const QAVMMPIPixelColor& trim) {
 
 // The walk step by step, one pixel at a time.
 Area walk(const QAVPixelImage& image, const QAVMMPIPixelColor& trim) {
-  const auto [width, height] = extentOf(image);
+  const auto extent = extentOf(image);
+  const int width = extent.first, height = extent.second;
   const auto uniform = [&](int x, int y, int pastX, int pastY) {
     for (int row = y; row < pastY; ++row)
       for (int column = x; column < pastX; ++column)
