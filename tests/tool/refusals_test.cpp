@@ -52,6 +52,7 @@ TEST(Refusals, NameWhatIsWrong) {
       {"card.png --brightness 2 -o out/x.png", 2, "--brightness.*'2'.*from -1 to 1"},
       {"card.png --adjust 0 0 9 -o out/x.png", 2, "--adjust.*GAMMA.*'9'.*from 0.0001 to 3"},
       {"card.png -o out/x.png --adjust 0 0", 2, "--adjust.*BRIGHTNESS CONTRAST GAMMA"},
+      {"card.png --posterize 2.5 -o out/x.png", 2, "--posterize.*'2.5'.*integer"},
       {"card.png --channels xyz --negative -o out/x.png", 2, "--channels.*'xyz'.*l, r, g, b, a"},
       {"card.png --convert RGB -o out/x.png", 2, "--convert.*'RGB'.*RGB888"},
       {"card.png --brightnes 0.1 -o out/x.png", 2, "'--brightnes'.*--brightness"},
