@@ -363,7 +363,7 @@ template <class A>
 
 // Asks for the samples that the next three results need besides the rows that have been read. They may lie behind the
 // image, which does no harm.
-[[gnu::always_inline]] inline void prefetchNextRows(const ConvolutionRows& c, std::size_t i) {
+[[maybe_unused, gnu::always_inline]] inline void prefetchNextRows(const ConvolutionRows& c, std::size_t i) {
   const std::uintptr_t ahead =
       (ConvolutionRows::kMostResults + static_cast<std::size_t>(c.weightRows) / 2) * c.count + i;
   for (int r = 0; r < ConvolutionRows::kMostResults; ++r)
