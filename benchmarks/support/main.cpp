@@ -115,7 +115,7 @@ std::string table(const std::vector<Row>& rows) {
 
 struct Options {
   bool quick = false;
-  std::string only, markdown;
+  std::string only, markdown, level;
 };
 
 Options takeOptions(int& argc, char** argv) {
@@ -128,11 +128,26 @@ Options takeOptions(int& argc, char** argv) {
       options.only = argv[++i];
     else if (std::strcmp(argv[i], "--markdown") == 0 && i + 1 < argc)
       options.markdown = argv[++i];
+    else if (std::strcmp(argv[i], "--level") == 0 && i + 1 < argc)
+      options.level = argv[++i];
     else
       argv[kept++] = argv[i];
   }
   argc = kept;
   return options;
+}
+
+// Whether our side now computes at the level of that name.
+bool chooseLevel(const std::string& name) {
+  using qav::kernels::Level;
+  for (int level = 0; level <= static_cast<int>(qav::kernels::bestLevel()); ++level)
+    if (name == qav::kernels::levelName(static_cast<Level>(level)))
+      return qav::kernels::setActiveLevel(static_cast<Level>(level));
+  std::fprintf(stderr, "'%s' is not a level of this processor; take one of", name.c_str());
+  for (int level = 0; level <= static_cast<int>(qav::kernels::bestLevel()); ++level)
+    std::fprintf(stderr, " %s", qav::kernels::levelName(static_cast<Level>(level)));
+  std::fprintf(stderr, "\n");
+  return false;
 }
 
 void prepareUntimed(const Entry& entry, benchmark::State& state) {
@@ -147,6 +162,7 @@ int main(int argc, char** argv) {
   const Options options = takeOptions(argc, argv);
   benchmark::Initialize(&argc, argv);
   if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 2;
+  if (!options.level.empty() && !chooseLevel(options.level)) return 2;
   // The entries of one operation one after the other, so that a slow minute of the machine is one for all of them.
   std::stable_sort(qav::bench::registry().begin(), qav::bench::registry().end(),
                    [](const Entry& a, const Entry& b) { return a.operation < b.operation; });
