@@ -30,8 +30,8 @@ struct ByteTaps {
   std::int32_t excessBound = 0;  ///< of a Ratio: a sum of excesses within it, either way, does not decide
   std::int32_t firstGroup = 0;   ///< the first of the groups of four source positions that `digits` counts from
   std::int32_t groups = 0;
-  const std::int32_t* digits = nullptr;  ///< for each group, the digits of four taps, the highest digits first; those
-                                         ///< of the next group follow behind the ones of positions beside this one
+  const std::int32_t* digits = nullptr;  ///< for each group, the digits of four taps, the highest digits first; for
+                                         ///< `rows` those of four positions side by side
 };
 
 struct ByteWeights {
@@ -51,7 +51,7 @@ struct ByteResamplingKernels {
   /// Scratch memory in bytes.
   RowStretchShape stretches;
   /// Resamples rows to the positions of at least one stretch. Groups of taps begin at multiples of four; positions are
-  /// computed in fours, each four with one kind of sum and one number of groups, their digits side by side.
+  /// computed in fours, each four with one kind of sum.
   void (*rows)(const SourceRows<std::uint8_t>& in, const ByteTaps* taps, const ByteWeights& weights,
                const RowStretch* stretches, std::size_t stretchCount, std::uint8_t* const* out, std::uint8_t* scratch);
   /// Samples first to end - 1 of one output row: the weighted sum of rows, of which there are as many as taps, and at

@@ -7,7 +7,6 @@
 #include <bit>
 #include <cmath>
 #include <cstddef>
-#include <limits>
 #include <optional>
 #include <span>
 
@@ -233,25 +232,6 @@ class Planner {
       if (fours_) taps.firstGroup = taps.left / 4;
       taps.groups = ((fours_ ? taps.left % 4 : 0) + taps.count + 3) / 4;
     }
-    for (std::size_t first = 0; fours_ && first < plan_.taps.size(); first += 4)
-      levelGroups(std::span(plan_.taps).subspan(first, std::min<std::size_t>(4, plan_.taps.size() - first)));
-  }
-
-  // Gives a four one number of groups, without going beyond those that it looks at anyway.
-  static void levelGroups(std::span<ByteTaps> four) {
-    if (four[0].sum == ByteSum::Exact) return;
-    std::int32_t most = 0, least = std::numeric_limits<std::int32_t>::max(), end = 0;
-    for (const ByteTaps& taps : four) {
-      if (taps.groups == 0) continue;
-      most = std::max(most, taps.groups);
-      least = std::min(least, taps.firstGroup);
-      end = std::max(end, taps.firstGroup + taps.groups);
-    }
-    if (most == 0) return;
-    for (ByteTaps& taps : four) {
-      taps.firstGroup = taps.groups == 0 ? least : std::min(taps.firstGroup, end - most);
-      taps.groups = most;
-    }
   }
 
   static std::size_t digitsOf(ByteSum sum) { return static_cast<std::size_t>(sum); }
@@ -261,29 +241,32 @@ class Planner {
   std::size_t digitsBetweenGroups(const ByteTaps& taps) const { return beside() * digitsOf(taps.sum); }
 
   void writeDigits() {
+    std::vector<std::size_t> begins;
     std::size_t needed = 0;
-    for (std::size_t i = 0; i < plan_.taps.size(); i += beside())
-      needed += static_cast<std::size_t>(plan_.taps[i].groups) * digitsBetweenGroups(plan_.taps[i]);
-    digits_.assign(needed, 0);
-    std::size_t at = 0;
+    for (std::size_t first = 0; first < plan_.taps.size(); first += beside()) {
+      const auto together = std::span(plan_.taps).subspan(first, std::min(beside(), plan_.taps.size() - first));
+      const std::int32_t groups = std::ranges::max(together, {}, &ByteTaps::groups).groups;
+      begins.push_back(needed);
+      needed += static_cast<std::size_t>(groups) * digitsBetweenGroups(together[0]);
+    }
+    // With room behind the last, for positions without digits.
+    digits_.assign(needed + digitsOf(ByteSum::ThreeDigits) * beside(), 0);
     for (std::size_t i = 0; i < plan_.taps.size(); ++i) {
       ByteTaps& taps = plan_.taps[i];
       if (taps.sum == ByteSum::Exact) continue;
-      const std::size_t place = i % beside();
-      taps.digits = digits_.data() + at + place * digitsOf(taps.sum);
-      auto* const bytes = reinterpret_cast<std::int8_t*>(digits_.data() + at + place * digitsOf(taps.sum));
+      std::int32_t* const at = digits_.data() + begins[i / beside()] + i % beside() * digitsOf(taps.sum);
+      taps.digits = at;
       if (taps.sum == ByteSum::Ratio)
-        writeRatio(taps, *ratios_[i], bytes);
+        writeRatio(taps, *ratios_[i], reinterpret_cast<std::int8_t*>(at));
       else
-        writeQuanta(taps, bytes);
-      if (place + 1 == beside()) at += static_cast<std::size_t>(taps.groups) * digitsBetweenGroups(taps);
+        writeQuanta(taps, reinterpret_cast<std::int8_t*>(at));
     }
   }
 
   // Calls body(weight, place of its first digit); the others follow four bytes apart.
   template <class Body>
   void forEachTap(const ByteTaps& taps, std::int8_t* bytes, Body body) const {
-    auto slot = static_cast<std::size_t>(fours_ ? taps.left - 4 * taps.firstGroup : 0);
+    auto slot = static_cast<std::size_t>(fours_ ? taps.left % 4 : 0);
     for (const double w : weightsOf(taps)) {
       body(w, bytes + slot / 4 * 4 * digitsBetweenGroups(taps) + slot % 4);
       ++slot;

@@ -502,18 +502,25 @@ struct FourSums {
   }
 };
 
-// Where the groups of each of four pixels begin.
+// Where the groups of each of four pixels begin, and their digits, which stand side by side.
 struct FourSources {
   const std::uint8_t *p0, *p1, *p2, *p3;
+  const std::int32_t* digits;
 
   [[gnu::always_inline]] FourSources(const Groups& groups, const ByteTaps* taps, std::size_t count)
-      : p0(groups.at(taps[0].firstGroup)),
-        p1(groups.at(taps[count > 1 ? 1 : 0].firstGroup)),
-        p2(groups.at(taps[count > 2 ? 2 : 0].firstGroup)),
-        p3(groups.at(taps[count > 3 ? 3 : 0].firstGroup)) {}
+      : p0(firstOf(groups, taps[0])),
+        p1(firstOf(groups, taps[count > 1 ? 1 : 0])),
+        p2(firstOf(groups, taps[count > 2 ? 2 : 0])),
+        p3(firstOf(groups, taps[count > 3 ? 3 : 0])),
+        digits(taps[0].digits) {}
+  [[gnu::always_inline]] static const std::uint8_t* firstOf(const Groups& groups, const ByteTaps& taps) {
+    return taps.groups > 0 ? groups.at(taps.firstGroup) : groups.bytes;
+  }
+  // The first two pixels look at the same groups, and so do the others.
+  [[gnu::always_inline]] bool inPairs() const { return p0 == p1 && p2 == p3; }
 };
 
-// Adds a group of both vectors of rows to the sums of one pixel, or of the next one, too, which has the same group.
+// Adds a group of both vectors of rows to the sums of a pixel, or of the next one, too, which looks at the same.
 template <bool kForTwo, int kDigits>
 [[gnu::always_inline]] inline void addGroup(const std::uint8_t* from, const std::int32_t* digits, Sum<kDigits>& first,
                                             Sum<kDigits>& second, Sum<kDigits>& nextFirst, Sum<kDigits>& nextSecond) {
@@ -530,18 +537,47 @@ template <bool kForTwo, int kDigits>
   }
 }
 
-// Adds the groups of a four of pixels to the sums of both vectors of rows. kInPairs: the first two pixels begin with
-// one group, and so do the others.
+// All groups of one pixel.
+template <int kDigits>
+[[gnu::always_inline]] inline void addPixel(const std::uint8_t* from, const std::int32_t* digits, std::int32_t groups,
+                                            Sum<kDigits>& first, Sum<kDigits>& second) {
+  for (std::int32_t g = 0; g < groups; ++g, from += kGroupBytes, digits += kBlock * kDigits)
+    addGroup<false>(from, digits, first, second, first, second);
+}
+
+// Four pixels of as many groups. kInPairs: the first two look at the same groups, and so do the others.
 template <bool kInPairs, int kDigits>
-[[gnu::always_inline]] inline void addFour(const FourSources& sources, const ByteTaps& taps, FourSums<kDigits>& first,
+[[gnu::always_inline]] inline void addFour(const FourSources& sources, std::int32_t groups, FourSums<kDigits>& first,
                                            FourSums<kDigits>& second) {
-  const std::int32_t* digits = taps.digits;
-  const std::size_t end = static_cast<std::size_t>(taps.groups) * kGroupBytes;
+  const std::int32_t* digits = sources.digits;
+  const std::size_t end = static_cast<std::size_t>(groups) * kGroupBytes;
   for (std::size_t at = 0; at < end; at += kGroupBytes, digits += kBlock * kDigits) {
     addGroup<kInPairs>(sources.p0 + at, digits, first.s0, second.s0, first.s1, second.s1);
     if (!kInPairs) addGroup<false>(sources.p1 + at, digits + kDigits, first.s1, second.s1, first.s1, second.s1);
     addGroup<kInPairs>(sources.p2 + at, digits + 2 * kDigits, first.s2, second.s2, first.s3, second.s3);
     if (!kInPairs) addGroup<false>(sources.p3 + at, digits + 3 * kDigits, first.s3, second.s3, first.s3, second.s3);
+  }
+}
+
+// Where there are enough registers for the sums of four pixels in two vectors of rows.
+template <int kDigits>
+inline constexpr bool kFourTogether = QAV_KERNEL_LEVEL >= 2 || kDigits == 1;
+
+template <int kDigits>
+[[gnu::always_inline]] inline void addGroups(const Groups& groups, const ByteTaps* taps, std::size_t count,
+                                             FourSums<kDigits>& first, FourSums<kDigits>& second) {
+  const FourSources s(groups, taps, count);
+  const std::int32_t g0 = taps[0].groups, g1 = count > 1 ? taps[1].groups : g0, g2 = count > 2 ? taps[2].groups : g0,
+                     g3 = count > 3 ? taps[3].groups : g0;
+  if (!kFourTogether<kDigits> || g1 != g0 || g2 != g0 || g3 != g0) {
+    addPixel(s.p0, s.digits, g0, first.s0, second.s0);
+    if (count > 1) addPixel(s.p1, s.digits + kDigits, g1, first.s1, second.s1);
+    if (count > 2) addPixel(s.p2, s.digits + 2 * kDigits, g2, first.s2, second.s2);
+    if (count > 3) addPixel(s.p3, s.digits + 3 * kDigits, g3, first.s3, second.s3);
+  } else if (kDigits == 1 && s.inPairs()) {  // sums of one digit would wait for the reading of bytes
+    addFour<true>(s, g0, first, second);
+  } else {
+    addFour<false>(s, g0, first, second);
   }
 }
 
@@ -567,12 +603,7 @@ template <int kDigits>
 [[gnu::always_inline]] inline Block integerBlock(const Groups& groups, const ByteTaps* taps, std::size_t count,
                                                  const ByteWeights& weights) {
   FourSums<kDigits> first(taps, count), second(taps, count);
-  const FourSources sources(groups, taps, count);
-  // Sums of one digit would wait for the reading of bytes.
-  if (kDigits == 1 && sources.p0 == sources.p1 && sources.p2 == sources.p3)
-    addFour<true>(sources, taps[0], first, second);
-  else
-    addFour<false>(sources, taps[0], first, second);
+  addGroups(groups, taps, count, first, second);
   return {decidedBlock(first.rounded(weights), groups, taps, count),
           decidedBlock(second.rounded(weights), groups.ofSecondRows(), taps, count)};
 }
