@@ -24,8 +24,8 @@ QAV_EXPORT QAVPixelImage* ReadRGB(const QAVString& path);
 /// Writes `image` to the file at `path`: `RGB888` and `RGBA8888` as they are, `LA88` as `RGBA8888`, any other format as
 /// `RGB888`. Widths and heights above 65535 do not fit the header, which then has their lower 16 bits.
 ///
-/// 0 written; 1 the file could not be opened (also for a pipe); 2 not all bytes could be written; -1 no image, no
-/// pixels, or no conversion to one of those formats.
+/// 0 written; 1 the file could not be opened (also a pipe that nobody reads); 2 not all bytes could be written; -1 no
+/// image, no pixels, or no conversion to one of those formats.
 QAV_EXPORT int WriteRGB(const QAVString& path, const QAVPixelImage* image);
 
 }  // extern "C"

@@ -3,6 +3,7 @@
 #include "support/Files.h"
 #include "support/Test.h"
 
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -107,6 +108,12 @@ TEST(ReadRGB, RefusesWhatIsNoPicture) {
   ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
   EXPECT_EQ(ReadRGB(QAVString(pipe)), nullptr);
   EXPECT_EQ(WriteRGB(QAVString(pipe), makeImage(1, 1, L8).get()), 1);
+  const int reading = ::open(pipe.c_str(), O_RDONLY | O_NONBLOCK);
+  EXPECT_EQ(WriteRGB(QAVString(pipe), imageOf(1, 1, L8, {8}).get()), 0);
+  Bytes piped(600);
+  ASSERT_EQ(::read(reading, piped.data(), piped.size()), 515);
+  EXPECT_EQ(piped[514], 8);
+  ::close(reading);
 }
 
 int lowestFreeDescriptor() {

@@ -40,11 +40,9 @@ struct FileStatus {
     struct stat status;
     if (::stat(path, &status) != 0) return;
     isRegular = S_ISREG(status.st_mode);
-    isPipe = S_ISFIFO(status.st_mode);
     size = static_cast<std::uint64_t>(status.st_size);
   }
   bool isRegular = false;
-  bool isPipe = false;
   std::uint64_t size = 0;
 };
 

@@ -35,10 +35,12 @@ struct FileHeader {
 };
 
 // What stands at the path is kept until it has been written over: to free the memory of a file and to get it back for
-// one of the same size takes several times as long as filling it.
+// one of the same size takes several times as long as filling it. A pipe that nobody reads is an error instead of a
+// wait without end.
 File openToReplace(const char* path) {
-  const int descriptor = ::open(path, O_WRONLY | O_CREAT, 0666);
+  const int descriptor = ::open(path, O_WRONLY | O_CREAT | O_NONBLOCK, 0666);
   if (descriptor < 0) return nullptr;
+  ::fcntl(descriptor, F_SETFL, ::fcntl(descriptor, F_GETFL) & ~O_NONBLOCK);
   File file = unbuffered(::fdopen(descriptor, "wb"));
   if (!file) ::close(descriptor);
   return file;
@@ -88,7 +90,6 @@ int WriteRGB(const QAVString& path, const QAVPixelImage* image) {
   const std::size_t count =
       width > 0 && height > 0 ? static_cast<std::size_t>(width) * static_cast<std::size_t>(height) : 0;
 
-  if (FileStatus(path.ConvertToChar()).isPipe) return kNotOpened;
   const File file = openToReplace(path.ConvertToChar());
   if (!file) return kNotOpened;
   const FileHeader header(width, height, channels);
