@@ -260,7 +260,8 @@ void resampleRowsThenColumns(const StripJob<Sample>& job, Passes& passes) {
   const RowNeeds needs(passes, job.height);
   const std::size_t together = passes.outputsTogether();
   // Row r of the intermediate image stands in slot r % slots until no output row needs it any more.
-  const std::size_t slots = needs.most + passes.rowsAtOnce(), stride = alignedStride<Sample>(targetStride(job));
+  const std::size_t slots = std::min(needs.most + passes.rowsAtOnce(), job.sourceHeight);
+  const std::size_t stride = alignedStride<Sample>(targetStride(job));
   const AlignedArray<Sample> ring = makeAlignedArray<Sample>(slots * stride);
   const auto slotOf = [&](std::size_t row) { return ring.get() + row % slots * stride; };
   std::size_t done = 0;

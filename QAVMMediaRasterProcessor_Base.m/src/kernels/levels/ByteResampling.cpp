@@ -356,7 +356,7 @@ template <int kChannels>
     storeRows(block.second, out + kRowsOfVector);
     return;
   }
-  const std::size_t length = left >= 16 || left < kBlock * kChannels ? (left < 16 ? left : 16) : kBlock * kChannels;
+  const std::size_t length = left < kBlock * kChannels ? left : kBlock * kChannels;
   std::uint8_t lanes[2 * kVectorBytes];
   store(lanes, block.first);
   store(lanes + kVectorBytes, block.second);
