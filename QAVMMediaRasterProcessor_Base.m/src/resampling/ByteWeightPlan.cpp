@@ -110,17 +110,33 @@ Quantised quantise(const ByteTaps& taps, const Summary& summary, int shift) {
   return result;
 }
 
+// Weights that one position or several have: simple ratios of sizes give most positions one of a few.
+struct Kind {
+  std::size_t first = 0;  // of the positions
+  Summary summary;
+  Quantised quantised;
+  ByteSum sum = ByteSum::Exact;
+};
+
+bool sameWeights(const ByteTaps& a, const ByteTaps& b) {
+  if (a.count != b.count || a.count == 0 || a.weights[0] != b.weights[0]) return a.count == 0 && b.count == 0;
+  std::uint64_t different = 0;
+  for (std::int32_t t = 0; t < a.count; ++t)
+    different |= std::bit_cast<std::uint64_t>(a.weights[t]) ^ std::bit_cast<std::uint64_t>(b.weights[t]);
+  return different == 0;
+}
+
 class Planner {
  public:
   Planner(ByteWeightPlan& plan, std::vector<std::int32_t>& digits, bool fours, int digitBits)
       : plan_(plan), digits_(digits), fours_(fours), digitBits_(digitBits) {}
 
   void run() {
-    summarise();
+    findKinds();
     chooseShifts();
-    quantiseAll();
+    quantiseKinds();
     findRatios();
-    if (fours_) alignFours();
+    chooseSums();
     layGroups();
     writeDigits();
   }
@@ -132,23 +148,38 @@ class Planner {
   double largestDigit() const { return digitBits_ == 8 ? 127.0 : 64.0; }
   double largestQuanta() const { return largestDigit() * powerOfTwo(2 * digitBits_); }
 
-  // Whole ratios of sizes give most positions the weights of the one before.
-  bool weighsLikeTheOneBefore(std::size_t i) const {
-    return i > 0 && std::ranges::equal(weightsOf(plan_.taps[i]), weightsOf(plan_.taps[i - 1]));
+  const Kind& kindAt(std::size_t i) const { return kinds_[kindOf_[i]]; }
+
+  void findKinds() {
+    kindOf_.resize(plan_.taps.size());
+    std::size_t count = 0;
+    for (std::size_t i = 0; i < kindOf_.size(); ++i) {
+      const std::size_t like = lastLike(i);
+      kindOf_[i] = like < i ? kindOf_[like] : count++;
+    }
+    kinds_.resize(count);
+    std::size_t next = 0;
+    for (std::size_t i = 0; next < count; ++i) {
+      if (kindOf_[i] != next) continue;
+      kinds_[next].first = i;
+      kinds_[next].summary = summaryOf(plan_.taps[i]);
+      ++next;
+    }
   }
 
-  void summarise() {
-    summaries_.reserve(plan_.taps.size());
-    for (std::size_t i = 0; i < plan_.taps.size(); ++i) {
-      like_.push_back(weighsLikeTheOneBefore(i));
-      summaries_.push_back(like_[i] ? summaries_[i - 1] : summaryOf(plan_.taps[i]));
-    }
+  // One of the positions before that has the weights of this one; the position itself where there is none.
+  std::size_t lastLike(std::size_t i) const {
+    constexpr std::size_t kLongestPeriod = 4;
+    for (std::size_t back = 1; back <= std::min(i, kLongestPeriod); ++back)
+      if (sameWeights(plan_.taps[i], plan_.taps[i - back])) return i - back;
+    return i;
   }
 
   void chooseShifts() {
     double largest = 0.0, sum = 0.0;
     int exactShift = 0;
-    for (const Summary& summary : summaries_) {
+    for (const Kind& kind : kinds_) {
+      const Summary& summary = kind.summary;
       if (!summary.ordinary) continue;
       largest = std::max(largest, summary.largest);
       sum = std::max(sum, summary.sum);
@@ -167,117 +198,154 @@ class Planner {
            summary.largest * powerOfTwo(shift) <= largestDigit();
   }
 
-  void quantiseAll() {
+  void quantiseKinds() {
     const int one = shiftOf(ByteSum::OneDigit), three = shiftOf(ByteSum::ThreeDigits);
-    std::vector<Quantised> quantised(plan_.taps.size());
     double error = 0.0;
-    for (std::size_t i = 0; i < plan_.taps.size(); ++i) {
-      const Summary& summary = summaries_[i];
-      ByteTaps& taps = plan_.taps[i];
+    for (Kind& kind : kinds_) {
+      const Summary& summary = kind.summary;
       if (!summary.ordinary || summary.largest * powerOfTwo(three) > largestQuanta()) continue;
-      quantised[i] = like_[i] ? quantised[i - 1] : quantise(taps, summary, three);
+      kind.quantised = quantise(plan_.taps[kind.first], summary, three);
       // More doubt than this would not be worth while.
-      if (quantised[i].error > powerOfTwo(three - 8)) continue;
-      error = std::max(error, quantised[i].error);
-      taps.sum = fitsOneDigit(summary, one) ? ByteSum::OneDigit : ByteSum::ThreeDigits;
+      if (kind.quantised.error > powerOfTwo(three - 8)) continue;
+      error = std::max(error, kind.quantised.error);
+      kind.sum = fitsOneDigit(summary, one) ? ByteSum::OneDigit : ByteSum::ThreeDigits;
     }
     bound_ = static_cast<std::int32_t>(std::ceil(error)) + 1;
     plan_.weights.doubt = static_cast<std::uint32_t>(2 * bound_) << (32 - three);
-    for (std::size_t i = 0; i < plan_.taps.size(); ++i)
-      plan_.taps[i].bias = static_cast<std::int32_t>(quantised[i].start) + (quantised[i].error > 0.0 ? bound_ : 0);
   }
 
   // Positions in the middle show whether the weights are whole numbers of parts; those at the ends often are not.
   void findRatios() {
     constexpr std::size_t kShown = 8;
-    const std::span<ByteTaps> all = plan_.taps;
-    const std::span<ByteTaps> shown = all.subspan(all.size() / 2, std::min(kShown, all.size() - all.size() / 2));
-    const auto needsThree = [](const ByteTaps& taps) { return taps.sum == ByteSum::ThreeDigits; };
-    ratios_.resize(all.size());
-    if (std::none_of(shown.begin(), shown.end(), needsThree)) return;
-    parts_ = partsRichInHalves(shown, largestDigit());
+    const std::size_t count = plan_.taps.size(), middle = count / 2, shown = std::min(kShown, count - middle);
+    const auto needsThree = [](const Kind& kind) { return kind.sum == ByteSum::ThreeDigits; };
+    bool any = false;
+    for (std::size_t i = middle; i < middle + shown; ++i) any = any || needsThree(kindAt(i));
+    if (!any) return;
+    parts_ = partsRichInHalves(std::span(plan_.taps).subspan(middle, shown), largestDigit());
     if (parts_ == 0) return;
     const Reciprocal reciprocal = *reciprocalOf(2 * parts_);
     plan_.weights.divisor = reciprocal.divisor;
     plan_.weights.reciprocal = reciprocal.reciprocal;
     plan_.weights.reciprocalShift = reciprocal.shift;
-    for (std::size_t i = 0; i < all.size(); ++i) {
-      if (all[i].sum == ByteSum::Exact) continue;
-      ratios_[i] = ratioOf(all[i], parts_, largestDigit());
-      if (ratios_[i] && all[i].sum == ByteSum::ThreeDigits) all[i].sum = ByteSum::Ratio;
+    ratios_.resize(kinds_.size());
+    for (std::size_t k = 0; k < kinds_.size(); ++k) {
+      if (kinds_[k].sum == ByteSum::Exact) continue;
+      ratios_[k] = ratioOf(plan_.taps[kinds_[k].first], parts_, largestDigit());
+      if (ratios_[k] && needsThree(kinds_[k])) kinds_[k].sum = ByteSum::Ratio;
     }
   }
 
-  void alignFours() {
-    for (std::size_t first = 0; first < plan_.taps.size(); first += 4) {
-      const std::size_t count = std::min<std::size_t>(4, plan_.taps.size() - first);
-      const auto four = std::span(plan_.taps).subspan(first, count);
-      const auto ratios = std::span(ratios_).subspan(first, count);
-      const auto any = [&](ByteSum sum) {
-        return std::any_of(four.begin(), four.end(), [=](const ByteTaps& taps) { return taps.sum == sum; });
-      };
-      const bool haveRatios = std::all_of(ratios.begin(), ratios.end(), [](const auto& ratio) { return !!ratio; });
-      const ByteSum common = any(ByteSum::Exact)         ? ByteSum::Exact
-                             : any(ByteSum::ThreeDigits) ? ByteSum::ThreeDigits
-                             : !any(ByteSum::Ratio)      ? ByteSum::OneDigit
-                             : haveRatios                ? ByteSum::Ratio
-                                                         : ByteSum::ThreeDigits;
-      for (ByteTaps& taps : four) taps.sum = common;
+  // Positions whose digits stand side by side.
+  std::size_t beside() const { return fours_ ? 4 : 1; }
+  std::size_t endOfThoseBeside(std::size_t first) const { return std::min(first + beside(), plan_.taps.size()); }
+
+  void chooseSums() {
+    for (std::size_t first = 0; first < plan_.taps.size(); first += beside()) {
+      const std::size_t end = endOfThoseBeside(first);
+      const ByteSum sum = sumForAll(first, end);
+      for (std::size_t i = first; i < end; ++i) choose(sum, i);
     }
+  }
+
+  ByteSum sumForAll(std::size_t first, std::size_t end) const {
+    bool any[4] = {}, haveRatios = true;
+    for (std::size_t i = first; i < end; ++i) {
+      any[static_cast<int>(kindAt(i).sum)] = true;
+      haveRatios = haveRatios && parts_ != 0 && ratios_[kindOf_[i]];
+    }
+    if (any[static_cast<int>(ByteSum::Exact)]) return ByteSum::Exact;
+    if (any[static_cast<int>(ByteSum::ThreeDigits)]) return ByteSum::ThreeDigits;
+    if (!any[static_cast<int>(ByteSum::Ratio)]) return ByteSum::OneDigit;
+    return haveRatios ? ByteSum::Ratio : ByteSum::ThreeDigits;
+  }
+
+  void choose(ByteSum sum, std::size_t i) {
+    ByteTaps& taps = plan_.taps[i];
+    taps.sum = sum;
+    if (sum == ByteSum::OneDigit) taps.bias = 1 << (shiftOf(sum) - 1);
+    if (sum == ByteSum::ThreeDigits) {
+      const Quantised& quantised = kindAt(i).quantised;
+      taps.bias = static_cast<std::int32_t>(quantised.start) + (quantised.error > 0.0 ? bound_ : 0);
+    }
+    if (sum != ByteSum::Ratio) return;
+    const Ratio& ratio = *ratios_[kindOf_[i]];
+    taps.bias = parts_;
+    // Where there is no excess, halves are exact in the definition's sum, too, and go up.
+    taps.excessBias = ratio.quantum == 0.0 ? 1 : 0;
+    taps.excessBound = ratio.bound;
   }
 
   void layGroups() {
     for (ByteTaps& taps : plan_.taps) {
       if (taps.sum == ByteSum::Exact) continue;
       if (fours_) taps.firstGroup = taps.left / 4;
-      taps.groups = ((fours_ ? taps.left % 4 : 0) + taps.count + 3) / 4;
+      taps.groups = (slotOfFirst(taps) + taps.count + 3) / 4;
     }
   }
 
-  static std::size_t digitsOf(ByteSum sum) { return static_cast<std::size_t>(sum); }
+  // Where in a group the first tap stands.
+  std::int32_t slotOfFirst(const ByteTaps& taps) const { return fours_ ? taps.left % 4 : 0; }
 
-  // Positions whose digits stand side by side.
-  std::size_t beside() const { return fours_ ? 4 : 1; }
+  static std::size_t digitsOf(ByteSum sum) { return static_cast<std::size_t>(sum); }
   std::size_t digitsBetweenGroups(const ByteTaps& taps) const { return beside() * digitsOf(taps.sum); }
+
+  // Whether positions have the same digits in the same places as the ones before them.
+  bool digitsRepeat(std::size_t first) const {
+    if (first < beside() || first + beside() > plan_.taps.size()) return false;
+    for (std::size_t i = first; i < first + beside(); ++i) {
+      const ByteTaps &taps = plan_.taps[i], &before = plan_.taps[i - beside()];
+      if (kindOf_[i] != kindOf_[i - beside()] || taps.sum != before.sum || slotOfFirst(taps) != slotOfFirst(before))
+        return false;
+    }
+    return true;
+  }
 
   void writeDigits() {
     std::vector<std::size_t> begins;
+    begins.reserve(plan_.taps.size() / beside() + 1);
     std::size_t needed = 0;
     for (std::size_t first = 0; first < plan_.taps.size(); first += beside()) {
-      const auto together = std::span(plan_.taps).subspan(first, std::min(beside(), plan_.taps.size() - first));
-      const std::int32_t groups = std::ranges::max(together, {}, &ByteTaps::groups).groups;
+      if (digitsRepeat(first)) {
+        begins.push_back(begins.back());
+        continue;
+      }
       begins.push_back(needed);
-      needed += static_cast<std::size_t>(groups) * digitsBetweenGroups(together[0]);
+      std::int32_t groups = 0;
+      for (std::size_t i = first; i < endOfThoseBeside(first); ++i) groups = std::max(groups, plan_.taps[i].groups);
+      needed += static_cast<std::size_t>(groups) * digitsBetweenGroups(plan_.taps[first]);
     }
     // With room behind the last, for positions without digits.
     digits_.assign(needed + digitsOf(ByteSum::ThreeDigits) * beside(), 0);
-    for (std::size_t i = 0; i < plan_.taps.size(); ++i) {
-      ByteTaps& taps = plan_.taps[i];
-      if (taps.sum == ByteSum::Exact) continue;
-      std::int32_t* const at = digits_.data() + begins[i / beside()] + i % beside() * digitsOf(taps.sum);
-      taps.digits = at;
-      if (taps.sum == ByteSum::Ratio)
-        writeRatio(taps, *ratios_[i], reinterpret_cast<std::int8_t*>(at));
-      else
-        writeQuanta(taps, reinterpret_cast<std::int8_t*>(at));
+    for (std::size_t first = 0; first < plan_.taps.size(); first += beside()) {
+      std::int32_t* at = digits_.data() + begins[first / beside()];
+      const bool write = !digitsRepeat(first);
+      for (std::size_t i = first; i < endOfThoseBeside(first); ++i, at += digitsOf(plan_.taps[first].sum)) {
+        plan_.taps[i].digits = at;
+        if (write) writeDigitsOf(i, reinterpret_cast<std::int8_t*>(at));
+      }
     }
+  }
+
+  void writeDigitsOf(std::size_t i, std::int8_t* bytes) const {
+    const ByteTaps& taps = plan_.taps[i];
+    if (taps.sum == ByteSum::Ratio)
+      writeRatio(taps, *ratios_[kindOf_[i]], bytes);
+    else if (taps.sum != ByteSum::Exact)
+      writeQuanta(taps, bytes);
   }
 
   // Calls body(weight, place of its first digit); the others follow four bytes apart.
   template <class Body>
   void forEachTap(const ByteTaps& taps, std::int8_t* bytes, Body body) const {
-    auto slot = static_cast<std::size_t>(fours_ ? taps.left % 4 : 0);
+    auto slot = static_cast<std::size_t>(slotOfFirst(taps));
     for (const double w : weightsOf(taps)) {
       body(w, bytes + slot / 4 * 4 * digitsBetweenGroups(taps) + slot % 4);
       ++slot;
     }
   }
 
-  void writeRatio(ByteTaps& taps, const Ratio& ratio, std::int8_t* bytes) const {
-    taps.bias = parts_;
-    // Where there is no excess, halves are exact in the definition's sum, too, and go up.
-    taps.excessBias = ratio.quantum == 0.0 ? 1 : 0;
-    taps.excessBound = ratio.bound;
+  void writeRatio(const ByteTaps& taps, const Ratio& ratio, std::int8_t* bytes) const {
     forEachTap(taps, bytes, [&](double w, std::int8_t* at) {
       const RatioDigits digits = ratioDigits(w, parts_, ratio);
       at[0] = digits.parts;
@@ -285,10 +353,9 @@ class Planner {
     });
   }
 
-  void writeQuanta(ByteTaps& taps, std::int8_t* bytes) const {
+  void writeQuanta(const ByteTaps& taps, std::int8_t* bytes) const {
     const double quantum = powerOfTwo(shiftOf(taps.sum));
     const bool three = taps.sum == ByteSum::ThreeDigits;
-    if (!three) taps.bias = 1 << (shiftOf(taps.sum) - 1);
     forEachTap(taps, bytes, [&](double w, std::int8_t* at) {
       std::int32_t quanta = NearestInteger(w * quantum).integer();
       if (three) {
@@ -310,9 +377,9 @@ class Planner {
   std::vector<std::int32_t>& digits_;
   bool fours_;
   int digitBits_;
-  std::vector<bool> like_;
-  std::vector<Summary> summaries_;
-  std::vector<std::optional<Ratio>> ratios_;
+  std::vector<Kind> kinds_;
+  std::vector<std::size_t> kindOf_;           // by position
+  std::vector<std::optional<Ratio>> ratios_;  // by kind, when there are parts
   std::int32_t parts_ = 0;
   std::int32_t bound_ = 1;
 };
