@@ -18,20 +18,20 @@ TEST(RatioWeights, ReciprocalsDivideAsPromised) {
   EXPECT_GT(found, 200);
 }
 
-TEST(RatioWeights, PartsThatAreRichInHalves) {
+TEST(RatioWeights, CommonParts) {
   const struct {
     std::vector<double> weights;
     int parts;
   } cases[] = {{{5.0 / 6 + 1e-13, 1.0 / 6 - 1e-13}, 6},                      // sums of excesses that decide
                {{1.0 / 6, 1.0 / 6, 1.0 / 6, 1.0 / 6, 1.0 / 6, 1.0 / 6}, 0},  // and that do not
-               {{1.0 / 3, 2.0 / 3}, 0},
+               {{1.0 / 3, 2.0 / 3}, 3},
                {{0.3, 0.7 + 1e-6}, 0},
                {{0.7071067811865476, 0.2928932188134524}, 0}};
   for (const auto& [weights, parts] : cases) {
     kernels::ByteTaps taps;
     taps.weights = weights.data();
     taps.count = static_cast<std::int32_t>(weights.size());
-    EXPECT_EQ(partsRichInHalves({&taps, 1}, 127.0), parts) << weights[0];
+    EXPECT_EQ(commonParts({&taps, 1}, 127.0), parts) << weights[0];
   }
 }
 

@@ -8,15 +8,29 @@
 
 namespace qav::kernels {
 
-/// How the sum of one output position is taken; the values are numbers of digits that a weight is written in. Every
-/// digit is multiplied with four samples at once.
+/// How the sum of one output position is taken. A weight is written in some digits, each of which is multiplied with
+/// four samples at once.
 enum class ByteSum : std::int32_t {
-  Exact = 0,    ///< in double, as it is defined
-  OneDigit,     ///< weights are small whole numbers of quanta of 2^-shift: the integer sum is the result
-  Ratio,        ///< weights are whole numbers of parts of one and a tiny excess, which decides exact halves; where the
-                ///< sum of excesses is too small for that, Exact does
+  Exact,     ///< in double, as it is defined
+  OneDigit,  ///< weights are small whole numbers of quanta of 2^-shift: the integer sum is the result
+  Parts,     ///< weights are nearly whole numbers of an odd number of parts of one, which leave no sum near a half: the
+             ///< sum of twice the parts, divided, is the result
+  Ratio,     ///< weights are whole numbers of parts of one and a tiny excess, which decides exact halves; where the
+             ///< sum of excesses is too small for that, Exact does
   ThreeDigits,  ///< weights are nearly whole numbers of quanta of 2^-shift: the integer sum is within a bound of the
                 ///< true one; where it is too close to call, Exact decides
+};
+inline constexpr std::size_t kByteSums = 5;
+
+constexpr int digitsOf(ByteSum sum) {
+  return sum == ByteSum::Exact ? 0 : sum == ByteSum::ThreeDigits ? 3 : sum == ByteSum::Ratio ? 2 : 1;
+}
+
+/// How four positions that are summed together lie.
+enum class FourShape : std::int32_t {
+  Uneven,
+  Even,   ///< all look at as many groups, at least at one
+  Paired  ///< as well, and the first two look at the same, and so do the other two
 };
 
 /// The weights of one output position: weights[k] belongs to source position left + k.
@@ -30,14 +44,15 @@ struct ByteTaps {
   std::int32_t excessBound = 0;  ///< of a Ratio: a sum of excesses within it, either way, does not decide
   std::int32_t firstGroup = 0;   ///< the first of the groups of four source positions that `digits` counts from
   std::int32_t groups = 0;
+  FourShape shape = FourShape::Uneven;   ///< for `rows`, of the four that begin with this one
   const std::int32_t* digits = nullptr;  ///< for each group, the digits of four taps, the highest digits first; for
                                          ///< `rows` those of four positions side by side
 };
 
 struct ByteWeights {
-  int shift[4] = {};            ///< of each ByteSum
+  int shift[kByteSums] = {};    ///< of a OneDigit, of a ThreeDigits
   std::uint32_t doubt = 0;      ///< a sum whose fraction, as 32 bits, is below this is too close to call
-  std::int32_t divisor = 0;     ///< of a Ratio: two times the parts
+  std::int32_t divisor = 0;     ///< of Parts and a Ratio: two times the parts
   std::int32_t reciprocal = 0;  ///< n / divisor is n * reciprocal >> (16 + reciprocalShift)
   std::int32_t reciprocalShift = 0;
 };
@@ -51,7 +66,7 @@ struct ByteResamplingKernels {
   /// Scratch memory in bytes.
   RowStretchShape stretches;
   /// Resamples rows to the positions of at least one stretch. Groups of taps begin at multiples of four; positions are
-  /// computed in fours, each four with one kind of sum.
+  /// computed in fours, each four with one kind of sum, and there are taps for whole fours.
   void (*rows)(const SourceRows<std::uint8_t>& in, const ByteTaps* taps, const ByteWeights& weights,
                const RowStretch* stretches, std::size_t stretchCount, std::uint8_t* const* out, std::uint8_t* scratch);
   /// Samples first to end - 1 of one output row: the weighted sum of rows, of which there are as many as taps, and at

@@ -31,6 +31,7 @@ namespace {
 
 using kernels::ByteSum;
 using kernels::ByteTaps;
+using kernels::FourShape;
 
 constexpr int kLargestShift = 22;
 constexpr int kSmallestShift = 12;
@@ -222,7 +223,7 @@ class Planner {
     bool any = false;
     for (std::size_t i = middle; i < middle + shown; ++i) any = any || needsThree(kindAt(i));
     if (!any) return;
-    parts_ = partsRichInHalves(std::span(plan_.taps).subspan(middle, shown), largestDigit());
+    parts_ = commonParts(std::span(plan_.taps).subspan(middle, shown), largestDigit());
     if (parts_ == 0) return;
     const Reciprocal reciprocal = *reciprocalOf(2 * parts_);
     plan_.weights.divisor = reciprocal.divisor;
@@ -232,32 +233,33 @@ class Planner {
     for (std::size_t k = 0; k < kinds_.size(); ++k) {
       if (kinds_[k].sum == ByteSum::Exact) continue;
       ratios_[k] = ratioOf(plan_.taps[kinds_[k].first], parts_, largestDigit());
-      if (ratios_[k] && needsThree(kinds_[k])) kinds_[k].sum = ByteSum::Ratio;
+      if (ratios_[k] && needsThree(kinds_[k])) kinds_[k].sum = sumOfParts();
     }
   }
 
+  ByteSum sumOfParts() const { return parts_ % 2 == 0 ? ByteSum::Ratio : ByteSum::Parts; }
+
   // Positions whose digits stand side by side.
   std::size_t beside() const { return fours_ ? 4 : 1; }
-  std::size_t endOfThoseBeside(std::size_t first) const { return std::min(first + beside(), plan_.taps.size()); }
 
   void chooseSums() {
     for (std::size_t first = 0; first < plan_.taps.size(); first += beside()) {
-      const std::size_t end = endOfThoseBeside(first);
+      const std::size_t end = first + beside();
       const ByteSum sum = sumForAll(first, end);
       for (std::size_t i = first; i < end; ++i) choose(sum, i);
     }
   }
 
   ByteSum sumForAll(std::size_t first, std::size_t end) const {
-    bool any[4] = {}, haveRatios = true;
+    bool any[kernels::kByteSums] = {}, haveRatios = true;
     for (std::size_t i = first; i < end; ++i) {
       any[static_cast<int>(kindAt(i).sum)] = true;
       haveRatios = haveRatios && parts_ != 0 && ratios_[kindOf_[i]];
     }
     if (any[static_cast<int>(ByteSum::Exact)]) return ByteSum::Exact;
     if (any[static_cast<int>(ByteSum::ThreeDigits)]) return ByteSum::ThreeDigits;
-    if (!any[static_cast<int>(ByteSum::Ratio)]) return ByteSum::OneDigit;
-    return haveRatios ? ByteSum::Ratio : ByteSum::ThreeDigits;
+    if (!any[static_cast<int>(ByteSum::Ratio)] && !any[static_cast<int>(ByteSum::Parts)]) return ByteSum::OneDigit;
+    return haveRatios ? sumOfParts() : ByteSum::ThreeDigits;
   }
 
   void choose(ByteSum sum, std::size_t i) {
@@ -268,6 +270,7 @@ class Planner {
       const Quantised& quantised = kindAt(i).quantised;
       taps.bias = static_cast<std::int32_t>(quantised.start) + (quantised.error > 0.0 ? bound_ : 0);
     }
+    if (sum == ByteSum::Parts) taps.bias = parts_;
     if (sum != ByteSum::Ratio) return;
     const Ratio& ratio = *ratios_[kindOf_[i]];
     taps.bias = parts_;
@@ -282,17 +285,27 @@ class Planner {
       if (fours_) taps.firstGroup = taps.left / 4;
       taps.groups = (slotOfFirst(taps) + taps.count + 3) / 4;
     }
+    if (!fours_) return;
+    for (std::size_t first = 0; first < plan_.taps.size(); first += beside())
+      plan_.taps[first].shape = shapeOf(&plan_.taps[first]);
+  }
+
+  static FourShape shapeOf(const ByteTaps* four) {
+    const auto even = [&](int i) { return four[i].groups == four[0].groups; };
+    const auto alike = [&](int i) { return four[i].firstGroup == four[i + 1].firstGroup; };
+    if (four[0].groups == 0 || !even(1) || !even(2) || !even(3)) return FourShape::Uneven;
+    return alike(0) && alike(2) ? FourShape::Paired : FourShape::Even;
   }
 
   // Where in a group the first tap stands.
   std::int32_t slotOfFirst(const ByteTaps& taps) const { return fours_ ? taps.left % 4 : 0; }
 
-  static std::size_t digitsOf(ByteSum sum) { return static_cast<std::size_t>(sum); }
+  static std::size_t digitsOf(ByteSum sum) { return static_cast<std::size_t>(kernels::digitsOf(sum)); }
   std::size_t digitsBetweenGroups(const ByteTaps& taps) const { return beside() * digitsOf(taps.sum); }
 
   // Whether positions have the same digits in the same places as the ones before them.
   bool digitsRepeat(std::size_t first) const {
-    if (first < beside() || first + beside() > plan_.taps.size()) return false;
+    if (first < beside()) return false;
     for (std::size_t i = first; i < first + beside(); ++i) {
       const ByteTaps &taps = plan_.taps[i], &before = plan_.taps[i - beside()];
       if (kindOf_[i] != kindOf_[i - beside()] || taps.sum != before.sum || slotOfFirst(taps) != slotOfFirst(before))
@@ -312,7 +325,7 @@ class Planner {
       }
       begins.push_back(needed);
       std::int32_t groups = 0;
-      for (std::size_t i = first; i < endOfThoseBeside(first); ++i) groups = std::max(groups, plan_.taps[i].groups);
+      for (std::size_t i = first; i < first + beside(); ++i) groups = std::max(groups, plan_.taps[i].groups);
       needed += static_cast<std::size_t>(groups) * digitsBetweenGroups(plan_.taps[first]);
     }
     // With room behind the last, for positions without digits.
@@ -320,7 +333,7 @@ class Planner {
     for (std::size_t first = 0; first < plan_.taps.size(); first += beside()) {
       std::int32_t* at = digits_.data() + begins[first / beside()];
       const bool write = !digitsRepeat(first);
-      for (std::size_t i = first; i < endOfThoseBeside(first); ++i, at += digitsOf(plan_.taps[first].sum)) {
+      for (std::size_t i = first; i < first + beside(); ++i, at += digitsOf(plan_.taps[first].sum)) {
         plan_.taps[i].digits = at;
         if (write) writeDigitsOf(i, reinterpret_cast<std::int8_t*>(at));
       }
@@ -329,7 +342,7 @@ class Planner {
 
   void writeDigitsOf(std::size_t i, std::int8_t* bytes) const {
     const ByteTaps& taps = plan_.taps[i];
-    if (taps.sum == ByteSum::Ratio)
+    if (taps.sum == ByteSum::Ratio || taps.sum == ByteSum::Parts)
       writeRatio(taps, *ratios_[kindOf_[i]], bytes);
     else if (taps.sum != ByteSum::Exact)
       writeQuanta(taps, bytes);
@@ -349,7 +362,7 @@ class Planner {
     forEachTap(taps, bytes, [&](double w, std::int8_t* at) {
       const RatioDigits digits = ratioDigits(w, parts_, ratio);
       at[0] = digits.parts;
-      at[4] = digits.excess;
+      if (taps.sum == ByteSum::Ratio) at[4] = digits.excess;
     });
   }
 
@@ -387,8 +400,10 @@ class Planner {
 }  // namespace
 
 ByteWeightPlan::ByteWeightPlan(std::span<const QAVMMContribution> entries, Order order, int digitBits) {
-  taps.reserve(entries.size());
+  const std::size_t padded = order == Order::Fours ? (entries.size() + 3) / 4 * 4 : entries.size();
+  taps.reserve(padded);
   for (const QAVMMContribution& entry : entries) taps.push_back(trimmed(entry));
+  while (taps.size() < padded) taps.push_back(taps.back());
   Planner(*this, digits_, order == Order::Fours, digitBits).run();
 }
 

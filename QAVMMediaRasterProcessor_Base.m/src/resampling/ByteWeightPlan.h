@@ -19,7 +19,8 @@ struct ByteWeightPlan {
 
   ByteWeightPlan(std::span<const QAVMMContribution> entries, Order order, int digitBits);
 
-  std::vector<kernels::ByteTaps> taps;
+  std::vector<kernels::ByteTaps>
+      taps;  ///< of as many positions as there are entries; Fours: the last repeated up to a whole four
   kernels::ByteWeights weights;
 
  private:

@@ -96,15 +96,15 @@ RatioDigits ratioDigits(double weight, std::int32_t parts, const Ratio& ratio) {
           static_cast<std::int8_t>(ratio.quantum > 0.0 ? NearestInteger(excess / ratio.quantum).integer() : 0)};
 }
 
-std::int32_t partsRichInHalves(std::span<const ByteTaps> taps, double largestDigit) {
+std::int32_t commonParts(std::span<const ByteTaps> taps, double largestDigit) {
   const auto haveRatios = [=](std::int32_t parts) {
     return std::all_of(taps.begin(), taps.end(), [=](const ByteTaps& position) {
       const std::optional<Ratio> ratio = ratioOf(position, parts, largestDigit);
-      return ratio && ratio->bound <= kLargestUsefulBound;
+      return ratio && (parts % 2 != 0 || ratio->bound <= kLargestUsefulBound);
     });
   };
   for (std::int32_t parts = 2; parts <= kMaxParts; ++parts)
-    if (haveRatios(parts)) return parts % 2 == 0 && reciprocalOf(2 * parts) ? parts : 0;
+    if (haveRatios(parts)) return reciprocalOf(2 * parts) ? parts : 0;
   return 0;
 }
 

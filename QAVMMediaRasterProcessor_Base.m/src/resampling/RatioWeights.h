@@ -34,8 +34,8 @@ struct RatioDigits {
 };
 RatioDigits ratioDigits(double weight, std::int32_t parts, const Ratio& ratio);
 
-/// The least number of parts for which all of these positions have a ratio that decides most exact halves; 0 where
-/// there is none or where it is odd, as then no sum is a half.
-std::int32_t partsRichInHalves(std::span<const kernels::ByteTaps> taps, double largestDigit);
+/// The least number of parts for which all of these positions have a ratio that decides most exact halves, of which
+/// there are none where it is odd; 0 where there is no such number or no reciprocal to divide by.
+std::int32_t commonParts(std::span<const kernels::ByteTaps> taps, double largestDigit);
 
 }  // namespace qav

@@ -16,10 +16,11 @@ kernels::RowStretch unitsOf(std::span<const Taps> taps, std::size_t first, std::
   for (const Taps& position : taps.subspan(first, end - first)) {
     if (position.count == 0) continue;
     const auto left = static_cast<std::size_t>(position.left), count = static_cast<std::size_t>(position.count);
-    begin = behind == 0 ? left / unit : std::min(begin, left / unit);
-    behind = std::max(behind, (left + count + unit - 1) / unit);
+    begin = behind == 0 ? left : std::min(begin, left);
+    behind = std::max(behind, left + count);
   }
-  return {first, end, begin, behind - begin};
+  const std::size_t unitsBefore = begin / unit;
+  return {first, end, unitsBefore, (behind + unit - 1) / unit - unitsBefore};
 }
 
 /// Divides positions into stretches, each as long as the shape allows.

@@ -38,7 +38,8 @@ class BytePasses {
     if (!job.vertical.empty()) vertical_.emplace(job.vertical, Order::Singles, kernels_.digitBits);
     if (job.horizontal.empty()) return;
     horizontal_.emplace(job.horizontal, Order::Fours, kernels_.digitBits);
-    stretches_ = rowStretches<kernels::ByteTaps>(horizontal_->taps, kernels_.stretches);
+    stretches_ = rowStretches(std::span<const kernels::ByteTaps>(horizontal_->taps).first(job.horizontal.size()),
+                              kernels_.stretches);
     scratch_ = makeAlignedArray<std::uint8_t>(scratchFor(stretches_, kernels_.stretches));
   }
 

@@ -16,6 +16,17 @@ int intClamped(std::int64_t v) {
       std::clamp<std::int64_t>(v, std::numeric_limits<int>::min(), std::numeric_limits<int>::max()));
 }
 
+// As std::floor and std::ceil, which are calls for the smallest instruction set.
+int floorClamped(double v) {
+  const int whole = intFrom(v);
+  return whole > v ? intClamped(std::int64_t{whole} - 1) : whole;
+}
+
+int ceilClamped(double v) {
+  const int whole = intFrom(v);
+  return whole < v ? intClamped(std::int64_t{whole} + 1) : whole;
+}
+
 void normalise(QAVMMContribution& entry, double total) {
   for (int j = entry.left; j <= entry.right; ++j) entry.weights[j - entry.left] /= total;
   while (entry.right > entry.left && entry.weights[entry.right - entry.left] == 0.0) --entry.right;
@@ -43,8 +54,8 @@ void Sampling::checkWindow() const {
 
 void Sampling::place(QAVMMContribution& entry, int index) const {
   const double at = centre(index);
-  std::int64_t left = std::max(0, intFrom(std::floor(at - support_)));
-  std::int64_t right = std::min<std::int64_t>(intFrom(std::ceil(at + support_)), sourceSize_ - 1);
+  std::int64_t left = std::max(0, floorClamped(at - support_));
+  std::int64_t right = std::min<std::int64_t>(ceilClamped(at + support_), sourceSize_ - 1);
   // A window that straddles integers on both sides has one tap more than there is room for.
   if (right - left >= window_) {
     if (sourceSize_ > left)

@@ -121,31 +121,49 @@ template <std::size_t kCount>
 }
 #endif
 
-template <int kDigits>
-[[gnu::always_inline]] inline void integerColumns(const std::uint8_t* const* rows, std::size_t at, const ByteTaps& taps,
-                                                  const ByteWeights& weights, std::uint8_t* out) {
-  Sum<kDigits> s0(taps), s1(taps), s2(taps), s3(taps);
-  for (std::int32_t g = 0; g < taps.groups; ++g) {
+// The sums of as many columns as a vector has bytes.
+template <ByteSum kSum>
+struct ColumnSums {
+  Sum<kSum> s0, s1, s2, s3;
+
+  [[gnu::always_inline]] explicit ColumnSums(const ByteTaps& taps) : s0(taps), s1(taps), s2(taps), s3(taps) {}
+  [[gnu::always_inline]] void add(const std::uint8_t* const* rows, std::size_t at, const std::int32_t* digits) {
     U8 bytes[4];
-    interleaveRows(rows + 4 * g, at, bytes);
-    const std::int32_t* const digits = taps.digits + g * kDigits;
+    interleaveRows(rows, at, bytes);
     s0.add(bytes[0], digits);
     s1.add(bytes[1], digits);
     s2.add(bytes[2], digits);
     s3.add(bytes[3], digits);
   }
-  const Rounded rounded = roundedSums(s0, s1, s2, s3, weights);
-  store(out + at, rounded.bytes);
-  if (rounded.doubtful) [[unlikely]]
-    decideColumns(rows, at, taps, rounded, out);
+  [[gnu::always_inline]] void finish(const std::uint8_t* const* rows, std::size_t at, const ByteTaps& taps,
+                                     const ByteWeights& weights, std::uint8_t* out) const {
+    const Rounded rounded = roundedSums(s0, s1, s2, s3, weights);
+    store(out + at, rounded.bytes);
+    if (rounded.doubtful) [[unlikely]]
+      decideColumns(rows, at, taps, rounded, out);
+  }
+};
+
+// A vector of columns, or two.
+template <ByteSum kSum, bool kTwo>
+[[gnu::always_inline]] inline void integerColumns(const std::uint8_t* const* rows, std::size_t at, const ByteTaps& taps,
+                                                  const ByteWeights& weights, std::uint8_t* out) {
+  ColumnSums<kSum> first(taps), second(taps);
+  for (std::int32_t g = 0; g < taps.groups; ++g) {
+    const std::int32_t* const digits = taps.digits + g * digitsOf(kSum);
+    first.add(rows + 4 * g, at, digits);
+    if constexpr (kTwo) second.add(rows + 4 * g, at + kVectorBytes, digits);
+  }
+  first.finish(rows, at, taps, weights, out);
+  if constexpr (kTwo) second.finish(rows, at + kVectorBytes, taps, weights, out);
 }
 
 #endif
 
+// Calls block for vectors of columns from `at` on; those from `first` on are done.
 template <class Block>
-[[gnu::always_inline]] inline void overColumns(const std::uint8_t* const* rows, std::size_t first, std::size_t end,
-                                               const ByteTaps& taps, std::uint8_t* out, Block block) {
-  std::size_t at = first;
+[[gnu::always_inline]] inline void overColumns(const std::uint8_t* const* rows, std::size_t first, std::size_t at,
+                                               std::size_t end, const ByteTaps& taps, std::uint8_t* out, Block block) {
   for (; at + kVectorBytes <= end; at += kVectorBytes) block(at);
   // The last columns lie in a block that begins among those already done.
   if (at < end && end - first >= kVectorBytes)
@@ -154,17 +172,31 @@ template <class Block>
     for (; at < end; ++at) out[at] = exactSample(rows, at, taps);
 }
 
+#if QAV_KERNEL_LEVEL >= 1
+template <ByteSum kSum>
+void columnsOf(const std::uint8_t* const* rows, std::size_t first, std::size_t end, const ByteTaps& taps,
+               const ByteWeights& weights, std::uint8_t* out) {
+  std::size_t at = first;
+  // Sums of one digit leave registers for two vectors.
+  if constexpr (digitsOf(kSum) == 1)
+    for (; at + 2 * kVectorBytes <= end; at += 2 * kVectorBytes)
+      integerColumns<kSum, true>(rows, at, taps, weights, out);
+  overColumns(rows, first, at, end, taps, out,
+              [&](std::size_t block) { integerColumns<kSum, false>(rows, block, taps, weights, out); });
+}
+#endif
+
 void columns(const std::uint8_t* const* rows, std::size_t first, std::size_t end, const ByteTaps& taps,
              [[maybe_unused]] const ByteWeights& weights, std::uint8_t* out) {
-  const auto over = [&](auto block) { overColumns(rows, first, end, taps, out, block); };
 #if QAV_KERNEL_LEVEL >= 1
-  if (taps.sum == ByteSum::OneDigit)
-    return over([&](std::size_t at) { integerColumns<1>(rows, at, taps, weights, out); });
-  if (taps.sum == ByteSum::Ratio) return over([&](std::size_t at) { integerColumns<2>(rows, at, taps, weights, out); });
-  if (taps.sum == ByteSum::ThreeDigits)
-    return over([&](std::size_t at) { integerColumns<3>(rows, at, taps, weights, out); });
+  using enum ByteSum;
+  if (taps.sum == OneDigit) return columnsOf<OneDigit>(rows, first, end, taps, weights, out);
+  if (taps.sum == Parts) return columnsOf<Parts>(rows, first, end, taps, weights, out);
+  if (taps.sum == Ratio) return columnsOf<Ratio>(rows, first, end, taps, weights, out);
+  if (taps.sum == ThreeDigits) return columnsOf<ThreeDigits>(rows, first, end, taps, weights, out);
 #endif
-  over([&](std::size_t at) { exactColumns<kVectorBytes>(rows, at, taps, out); });
+  overColumns(rows, first, first, end, taps, out,
+              [&](std::size_t at) { exactColumns<kVectorBytes>(rows, at, taps, out); });
 }
 
 #if QAV_KERNEL_LEVEL >= 1
@@ -195,47 +227,27 @@ void columns(const std::uint8_t* const* rows, std::size_t first, std::size_t end
 }
 
 // Decides the pixels of a four that `which` names; in each lane of `block` are the four pixels of one row.
-[[gnu::noinline]] U8 exactBlock(U8 block, const Groups& groups, const ByteTaps* taps, std::size_t count,
-                                unsigned which) {
-  for (std::size_t p = 0; p < count; ++p)
+[[gnu::noinline]] U8 exactBlock(U8 block, const Groups& groups, const ByteTaps* taps, unsigned which) {
+  for (std::size_t p = 0; p < kBlock; ++p)
     if (which >> p & 1u) block = withPixels(block, p, exactPixel(groups, taps[p]));
   return block;
 }
 
 // The sums of a four of pixels in one vector of rows.
-template <int kDigits>
+template <ByteSum kSum>
 struct FourSums {
-  Sum<kDigits> s0, s1, s2, s3;
+  Sum<kSum> s0, s1, s2, s3;
 
-  [[gnu::always_inline]] FourSums(const ByteTaps* taps, std::size_t count)
-      : s0(taps[0]), s1(taps[count > 1 ? 1 : 0]), s2(taps[count > 2 ? 2 : 0]), s3(taps[count > 3 ? 3 : 0]) {}
+  [[gnu::always_inline]] explicit FourSums(const ByteTaps* taps) : s0(taps[0]), s1(taps[1]), s2(taps[2]), s3(taps[3]) {}
   [[gnu::always_inline]] Rounded rounded(const ByteWeights& weights) const {
     return roundedSums(s0, s1, s2, s3, weights);
   }
 };
 
-// Where the groups of each of four pixels begin, and their digits, which stand side by side.
-struct FourSources {
-  const std::uint8_t *p0, *p1, *p2, *p3;
-  const std::int32_t* digits;
-
-  [[gnu::always_inline]] FourSources(const Groups& groups, const ByteTaps* taps, std::size_t count)
-      : p0(firstOf(groups, taps[0])),
-        p1(firstOf(groups, taps[count > 1 ? 1 : 0])),
-        p2(firstOf(groups, taps[count > 2 ? 2 : 0])),
-        p3(firstOf(groups, taps[count > 3 ? 3 : 0])),
-        digits(taps[0].digits) {}
-  [[gnu::always_inline]] static const std::uint8_t* firstOf(const Groups& groups, const ByteTaps& taps) {
-    return taps.groups > 0 ? groups.at(taps.firstGroup) : groups.bytes;
-  }
-  // The first two pixels look at the same groups, and so do the others.
-  [[gnu::always_inline]] bool inPairs() const { return p0 == p1 && p2 == p3; }
-};
-
 // Adds a group of both vectors of rows to the sums of a pixel, or of the next one, too, which looks at the same.
-template <bool kForTwo, int kDigits>
-[[gnu::always_inline]] inline void addGroup(const std::uint8_t* from, const std::int32_t* digits, Sum<kDigits>& first,
-                                            Sum<kDigits>& second, Sum<kDigits>& nextFirst, Sum<kDigits>& nextSecond) {
+template <bool kForTwo, ByteSum kSum>
+[[gnu::always_inline]] inline void addGroup(const std::uint8_t* from, const std::int32_t* digits, Sum<kSum>& first,
+                                            Sum<kSum>& second, Sum<kSum>& nextFirst, Sum<kSum>& nextSecond) {
   U8 bytes = load<U8>(from), others = load<U8>(from + kVectorBytes);
 #if QAV_KERNEL_LEVEL >= 3
   // Keeps the compiler from reading the same bytes again for every digit.
@@ -244,52 +256,51 @@ template <bool kForTwo, int kDigits>
   first.add(bytes, digits);
   second.add(others, digits);
   if constexpr (kForTwo) {
-    nextFirst.add(bytes, digits + kDigits);
-    nextSecond.add(others, digits + kDigits);
+    nextFirst.add(bytes, digits + digitsOf(kSum));
+    nextSecond.add(others, digits + digitsOf(kSum));
   }
 }
+
+// The digits of four pixels stand side by side.
+template <ByteSum kSum>
+inline constexpr std::size_t kBetweenGroups = kBlock* digitsOf(kSum);
 
 // All groups of one pixel.
-template <int kDigits>
-[[gnu::always_inline]] inline void addPixel(const std::uint8_t* from, const std::int32_t* digits, std::int32_t groups,
-                                            Sum<kDigits>& first, Sum<kDigits>& second) {
-  for (std::int32_t g = 0; g < groups; ++g, from += kGroupBytes, digits += kBlock * kDigits)
-    addGroup<false>(from, digits, first, second, first, second);
+template <ByteSum kSum>
+[[gnu::always_inline]] inline void addPixel(const Groups& groups, const ByteTaps& taps, Sum<kSum>& first,
+                                            Sum<kSum>& second) {
+  const std::int32_t* digits = taps.digits;
+  for (std::int32_t g = 0; g < taps.groups; ++g, digits += kBetweenGroups<kSum>)
+    addGroup<false>(groups.at(taps.firstGroup + g), digits, first, second, first, second);
 }
 
-// Four pixels of as many groups. kInPairs: the first two look at the same groups, and so do the others.
-template <bool kInPairs, int kDigits>
-[[gnu::always_inline]] inline void addFour(const FourSources& sources, std::int32_t groups, FourSums<kDigits>& first,
-                                           FourSums<kDigits>& second) {
-  const std::int32_t* digits = sources.digits;
-  const std::size_t end = static_cast<std::size_t>(groups) * kGroupBytes;
-  for (std::size_t at = 0; at < end; at += kGroupBytes, digits += kBlock * kDigits) {
-    addGroup<kInPairs>(sources.p0 + at, digits, first.s0, second.s0, first.s1, second.s1);
-    if (!kInPairs) addGroup<false>(sources.p1 + at, digits + kDigits, first.s1, second.s1, first.s1, second.s1);
-    addGroup<kInPairs>(sources.p2 + at, digits + 2 * kDigits, first.s2, second.s2, first.s3, second.s3);
-    if (!kInPairs) addGroup<false>(sources.p3 + at, digits + 3 * kDigits, first.s3, second.s3, first.s3, second.s3);
+// Four pixels of as many groups, or of pairs that look at the same.
+template <bool kPaired, ByteSum kSum>
+[[gnu::always_inline]] inline void addFour(const Groups& groups, const ByteTaps* taps, FourSums<kSum>& first,
+                                           FourSums<kSum>& second) {
+  const std::uint8_t *const p0 = groups.at(taps[0].firstGroup), *const p1 = groups.at(taps[1].firstGroup),
+                            *const p2 = groups.at(taps[2].firstGroup), *const p3 = groups.at(taps[3].firstGroup);
+  constexpr int kDigits = digitsOf(kSum);
+  const std::int32_t* digits = taps[0].digits;
+  const std::size_t end = static_cast<std::size_t>(taps[0].groups) * kGroupBytes;
+  for (std::size_t at = 0; at < end; at += kGroupBytes, digits += kBetweenGroups<kSum>) {
+    addGroup<kPaired>(p0 + at, digits, first.s0, second.s0, first.s1, second.s1);
+    if (!kPaired) addGroup<false>(p1 + at, digits + kDigits, first.s1, second.s1, first.s1, second.s1);
+    addGroup<kPaired>(p2 + at, digits + 2 * kDigits, first.s2, second.s2, first.s3, second.s3);
+    if (!kPaired) addGroup<false>(p3 + at, digits + 3 * kDigits, first.s3, second.s3, first.s3, second.s3);
   }
 }
 
-// Where there are enough registers for the sums of four pixels in two vectors of rows.
-template <int kDigits>
-inline constexpr bool kFourTogether = QAV_KERNEL_LEVEL >= 2 || kDigits == 1;
-
-template <int kDigits>
-[[gnu::always_inline]] inline void addGroups(const Groups& groups, const ByteTaps* taps, std::size_t count,
-                                             FourSums<kDigits>& first, FourSums<kDigits>& second) {
-  const FourSources s(groups, taps, count);
-  const std::int32_t g0 = taps[0].groups, g1 = count > 1 ? taps[1].groups : g0, g2 = count > 2 ? taps[2].groups : g0,
-                     g3 = count > 3 ? taps[3].groups : g0;
-  if (!kFourTogether<kDigits> || g1 != g0 || g2 != g0 || g3 != g0) {
-    addPixel(s.p0, s.digits, g0, first.s0, second.s0);
-    if (count > 1) addPixel(s.p1, s.digits + kDigits, g1, first.s1, second.s1);
-    if (count > 2) addPixel(s.p2, s.digits + 2 * kDigits, g2, first.s2, second.s2);
-    if (count > 3) addPixel(s.p3, s.digits + 3 * kDigits, g3, first.s3, second.s3);
-  } else if (kDigits == 1 && s.inPairs()) {  // sums of one digit would wait for the reading of bytes
-    addFour<true>(s, g0, first, second);
+template <ByteSum kSum, FourShape kShape>
+[[gnu::always_inline]] inline void addGroups(const Groups& groups, const ByteTaps* taps, FourSums<kSum>& first,
+                                             FourSums<kSum>& second) {
+  if constexpr (kShape == FourShape::Uneven) {
+    addPixel(groups, taps[0], first.s0, second.s0);
+    addPixel(groups, taps[1], first.s1, second.s1);
+    addPixel(groups, taps[2], first.s2, second.s2);
+    addPixel(groups, taps[3], first.s3, second.s3);
   } else {
-    addFour<false>(s, g0, first, second);
+    addFour<kShape == FourShape::Paired>(groups, taps, first, second);
   }
 }
 
@@ -304,24 +315,23 @@ struct Block {
   U8 first, second;
 };
 
-[[gnu::always_inline]] inline U8 decidedBlock(const Rounded& rounded, const Groups& groups, const ByteTaps* taps,
-                                              std::size_t count) {
+[[gnu::always_inline]] inline U8 decidedBlock(const Rounded& rounded, const Groups& groups, const ByteTaps* taps) {
   if (rounded.doubtful) [[unlikely]]
-    return exactBlock(rounded.bytes, groups, taps, count, doubtfulPixels(rounded.doubtful));
+    return exactBlock(rounded.bytes, groups, taps, doubtfulPixels(rounded.doubtful));
   return rounded.bytes;
 }
 
-template <int kDigits>
-[[gnu::always_inline]] inline Block integerBlock(const Groups& groups, const ByteTaps* taps, std::size_t count,
+template <ByteSum kSum, FourShape kShape>
+[[gnu::always_inline]] inline Block integerBlock(const Groups& groups, const ByteTaps* taps,
                                                  const ByteWeights& weights) {
-  FourSums<kDigits> first(taps, count), second(taps, count);
-  addGroups(groups, taps, count, first, second);
-  return {decidedBlock(first.rounded(weights), groups, taps, count),
-          decidedBlock(second.rounded(weights), groups.ofSecondRows(), taps, count)};
+  FourSums<kSum> first(taps), second(taps);
+  addGroups<kSum, kShape>(groups, taps, first, second);
+  return {decidedBlock(first.rounded(weights), groups, taps),
+          decidedBlock(second.rounded(weights), groups.ofSecondRows(), taps)};
 }
 
-[[gnu::noinline]] Block exactBlocks(const Groups& groups, const ByteTaps* taps, std::size_t count) {
-  return {exactBlock(U8{}, groups, taps, count, 15), exactBlock(U8{}, groups.ofSecondRows(), taps, count, 15)};
+[[gnu::noinline]] Block exactBlocks(const Groups& groups, const ByteTaps* taps) {
+  return {exactBlock(U8{}, groups, taps, 15), exactBlock(U8{}, groups.ofSecondRows(), taps, 15)};
 }
 
 template <int kLane>
@@ -363,16 +373,64 @@ template <int kChannels>
   for (std::size_t r = 0; r < rowCount; ++r) std::memcpy(out[r] + begin, lanes + 16 * r, length);
 }
 
+// What the fours of a stretch share.
+struct Fours {
+  Groups groups;
+  const ByteTaps* taps;
+  std::size_t end;
+  std::size_t width;
+  std::size_t rowCount;
+  std::uint8_t* const* out;
+};
+
+// Four pixels in two vectors of rows are summed together where there are enough registers; and only sums of one digit
+// would wait for the bytes that a pair shares.
+template <ByteSum kSum>
+[[gnu::always_inline]] inline FourShape usefulShape(FourShape shape) {
+  constexpr bool kTogether = digitsOf(kSum) == 1 || (digitsOf(kSum) > 1 && QAV_KERNEL_LEVEL >= 2);
+  if (!kTogether || shape == FourShape::Uneven) return FourShape::Uneven;
+  return digitsOf(kSum) == 1 ? shape : FourShape::Even;
+}
+
+// The fours from x on that are summed in one way; returns where they end.
+template <int kChannels, ByteSum kSum, FourShape kShape>
+[[gnu::noinline]] std::size_t resampleAlike(const Fours& fours, std::size_t x, ByteWeights weights, Fetching& next) {
+  const auto [groups, taps, end, width, rowCount, out] = fours;
+  Fetching ahead = next;
+  do {
+    Block block;
+    if constexpr (kSum == ByteSum::Exact)
+      block = exactBlocks(groups, taps + x);
+    else
+      block = integerBlock<kSum, kShape>(groups, taps + x, weights);
+    storeBlock<kChannels>(block, x, width, rowCount, out);
+    ahead.portion();
+    x += kBlock;
+  } while (x < end && taps[x].sum == kSum && usefulShape<kSum>(taps[x].shape) == kShape);
+  next = ahead;
+  return x;
+}
+
+template <int kChannels, ByteSum kSum>
+std::size_t resampleInSum(const Fours& fours, std::size_t x, const ByteWeights& weights, Fetching& next) {
+  using enum FourShape;
+  const FourShape shape = usefulShape<kSum>(fours.taps[x].shape);
+  if constexpr (digitsOf(kSum) == 1)
+    if (shape == Paired) return resampleAlike<kChannels, kSum, Paired>(fours, x, weights, next);
+  if constexpr (digitsOf(kSum) >= 1)
+    if (shape == Even) return resampleAlike<kChannels, kSum, Even>(fours, x, weights, next);
+  return resampleAlike<kChannels, kSum, Uneven>(fours, x, weights, next);
+}
+
 template <int kChannels>
-[[gnu::always_inline]] inline void resampleFour(const Groups& groups, const ByteTaps* taps, std::size_t x,
-                                                std::size_t count, const ByteWeights& weights, std::size_t rowCount,
-                                                std::uint8_t* const* out) {
-  const std::size_t here = count - x < kBlock ? count - x : kBlock;
-  const Block block = taps[x].sum == ByteSum::ThreeDigits ? integerBlock<3>(groups, taps + x, here, weights)
-                      : taps[x].sum == ByteSum::Ratio     ? integerBlock<2>(groups, taps + x, here, weights)
-                      : taps[x].sum == ByteSum::OneDigit  ? integerBlock<1>(groups, taps + x, here, weights)
-                                                          : exactBlocks(groups, taps + x, here);
-  storeBlock<kChannels>(block, x, count, rowCount, out);
+std::size_t resampleSome(const Fours& fours, std::size_t x, const ByteWeights& weights, Fetching& next) {
+  using enum ByteSum;
+  const ByteSum sum = fours.taps[x].sum;
+  return sum == OneDigit      ? resampleInSum<kChannels, OneDigit>(fours, x, weights, next)
+         : sum == Parts       ? resampleInSum<kChannels, Parts>(fours, x, weights, next)
+         : sum == Ratio       ? resampleInSum<kChannels, Ratio>(fours, x, weights, next)
+         : sum == ThreeDigits ? resampleInSum<kChannels, ThreeDigits>(fours, x, weights, next)
+                              : resampleInSum<kChannels, Exact>(fours, x, weights, next);
 }
 
 template <int kChannels>
@@ -384,10 +442,8 @@ void rowsOf(const SourceRows<std::uint8_t>& in, const ByteTaps* taps, const Byte
     const RowStretch& stretch = stretches[s];
     gatherGroups<kChannels>(in, stretch, scratch);
     const Groups groups = {scratch, static_cast<std::int32_t>(stretch.source * kRowsOfVector)};
-    for (std::size_t x = stretch.first; x < stretch.end; x += kBlock) {
-      resampleFour<kChannels>(groups, taps, x, count, weights, in.count, out);
-      next.portion();
-    }
+    const Fours fours = {groups, taps, stretch.end, count, in.count, out};
+    for (std::size_t x = stretch.first; x < stretch.end;) x = resampleSome<kChannels>(fours, x, weights, next);
   }
 }
 

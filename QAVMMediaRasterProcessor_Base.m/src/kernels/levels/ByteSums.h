@@ -107,27 +107,27 @@ constexpr int kDigitBits = QAV_KERNEL_LEVEL >= 3 ? 8 : 7;
 #endif
 }
 
-// The running sum of a vector of results; kDigits names a ByteSum. (Named members: the compiler keeps arrays in
-// memory.)
-template <int kDigits>
+// The running sum of a vector of results. (Named members: the compiler keeps arrays in memory.)
+template <ByteSum kSum>
 struct Sum {
+  static constexpr bool kThree = kSum == ByteSum::ThreeDigits;
   I32 high{}, middle{}, low;
 
   [[gnu::always_inline]] explicit Sum(const ByteTaps& taps) : low(splat<I32>(taps.bias)) {}
   [[gnu::always_inline]] void add(U8 bytes, const std::int32_t* digits) {
-    if constexpr (kDigits == 3) {
+    if constexpr (kThree) {
       high = addProducts(high, bytes, digits[0]);
       middle = addProducts(middle, bytes, digits[1]);
     }
-    low = addProducts(low, bytes, digits[kDigits - 1]);
+    low = addProducts(low, bytes, digits[kThree ? 2 : 0]);
   }
   [[gnu::always_inline]] I32 total() const {
-    return kDigits == 3 ? (((high << kDigitBits) + middle) << kDigitBits) + low : low;
+    return kThree ? (((high << kDigitBits) + middle) << kDigitBits) + low : low;
   }
 };
 
 template <>
-struct Sum<2> {
+struct Sum<ByteSum::Ratio> {
   I32 parts, excess;
   std::int32_t bound;
 
@@ -149,14 +149,13 @@ struct Rounded {
   std::uint64_t doubtful = 0;
 };
 
-template <int kDigits>
-[[gnu::always_inline]] inline Rounded roundedSums(const Sum<kDigits>& s0, const Sum<kDigits>& s1,
-                                                  const Sum<kDigits>& s2, const Sum<kDigits>& s3,
-                                                  const ByteWeights& weights) {
-  const int shift = weights.shift[kDigits];
+template <ByteSum kSum>
+[[gnu::always_inline]] inline Rounded roundedSums(const Sum<kSum>& s0, const Sum<kSum>& s1, const Sum<kSum>& s2,
+                                                  const Sum<kSum>& s3, const ByteWeights& weights) {
+  const int shift = weights.shift[static_cast<int>(kSum)];
   const I32 t0 = s0.total(), t1 = s1.total(), t2 = s2.total(), t3 = s3.total();
   Rounded rounded{packed(t0 >> shift, t1 >> shift, t2 >> shift, t3 >> shift)};
-  if constexpr (kDigits == 3) {
+  if constexpr (kSum == ByteSum::ThreeDigits) {
     const int whole = 32 - shift;
     const U32 f0 = (U32)t0 << whole, f1 = (U32)t1 << whole, f2 = (U32)t2 << whole, f3 = (U32)t3 << whole;
     const U32 doubt = splat<U32>(weights.doubt);
@@ -166,24 +165,37 @@ template <int kDigits>
   return rounded;
 }
 
-// Sixteen bits are enough: a dividend beyond them belongs to a result beyond a byte.
-[[gnu::always_inline]] inline Rounded roundedSums(const Sum<2>& s0, const Sum<2>& s1, const Sum<2>& s2,
-                                                  const Sum<2>& s3, const ByteWeights& weights) {
-  const U16 reciprocal = splat<U16>(static_cast<std::uint16_t>(weights.reciprocal));
+// Dividends as 16 bits, which are enough: one beyond them belongs to a result beyond a byte.
+struct Division {
+  U16 dividend, quotient;
+
+  [[gnu::always_inline]] Division(I32 a, I32 b, const ByteWeights& weights)
+      : dividend(narrowUnsigned(a, b)),
+        quotient(mulhi(dividend, splat<U16>(static_cast<std::uint16_t>(weights.reciprocal))) >>
+                 weights.reciprocalShift) {}
+};
+
+[[gnu::always_inline]] inline Rounded roundedSums(const Sum<ByteSum::Parts>& s0, const Sum<ByteSum::Parts>& s1,
+                                                  const Sum<ByteSum::Parts>& s2, const Sum<ByteSum::Parts>& s3,
+                                                  const ByteWeights& weights) {
+  const Division low(s0.low, s1.low, weights), high(s2.low, s3.low, weights);
+  return {packedBytes((I16)low.quotient, (I16)high.quotient)};
+}
+
+[[gnu::always_inline]] inline Rounded roundedSums(const Sum<ByteSum::Ratio>& s0, const Sum<ByteSum::Ratio>& s1,
+                                                  const Sum<ByteSum::Ratio>& s2, const Sum<ByteSum::Ratio>& s3,
+                                                  const ByteWeights& weights) {
   const U16 divisor = splat<U16>(static_cast<std::uint16_t>(weights.divisor));
-  const U16 low = narrowUnsigned(s0.dividend(), s1.dividend()), high = narrowUnsigned(s2.dividend(), s3.dividend());
-  const U16 lowQuotient = mulhi(low, reciprocal) >> weights.reciprocalShift;
-  const U16 highQuotient = mulhi(high, reciprocal) >> weights.reciprocalShift;
+  const Division low(s0.dividend(), s1.dividend(), weights), high(s2.dividend(), s3.dividend(), weights);
   const I16 lowDoubt = narrowSigned(s0.doubt(), s1.doubt()), highDoubt = narrowSigned(s2.doubt(), s3.doubt());
   // An exact half that is pulled down leaves the remainder divisor - 1.
   const I16 none = splat<I16>(-1);
-  const auto exactHalf = [&](U16 dividend, U16 quotient) {
-    const U16 rest = dividend - quotient * divisor;
+  const auto exactHalf = [&](const Division& division) {
+    const U16 rest = division.dividend - division.quotient * divisor;
     return (I16)(rest == U16{}) | (I16)(rest == divisor - splat<U16>(1));
   };
-  return {packedBytes((I16)lowQuotient, (I16)highQuotient),
-          signBits(packedSigns(exactHalf(low, lowQuotient) & (I16)(lowDoubt > none),
-                               exactHalf(high, highQuotient) & (I16)(highDoubt > none)))};
+  return {packedBytes((I16)low.quotient, (I16)high.quotient),
+          signBits(packedSigns(exactHalf(low) & (I16)(lowDoubt > none), exactHalf(high) & (I16)(highDoubt > none)))};
 }
 
 }  // namespace
