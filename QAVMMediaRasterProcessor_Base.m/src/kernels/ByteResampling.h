@@ -57,18 +57,39 @@ struct ByteWeights {
   std::int32_t reciprocalShift = 0;
 };
 
+/// Positions whose weights return with every group of four source pixels: `perGroup` of them look at the same groups,
+/// the next as many with the same digits at those one further on.
+struct ByteRun {
+  std::size_t first = 0;
+  std::size_t end = 0;       ///< a multiple of kStep behind the first
+  std::size_t perGroup = 0;  ///< 1 or 2
+
+  static constexpr std::size_t kStep = 16;
+};
+
+/// How rows are resampled to `width` positions.
+struct ByteRowPlan {
+  const ByteTaps* taps = nullptr;  ///< for whole fours; each four has one kind of sum
+  std::size_t width = 0;
+  ByteWeights weights;
+  ByteRun run;                            ///< has sums of one kind, which is neither Exact nor Ratio. Vectors of source
+                                          ///< pixels can be read from the first of its groups to the last
+  const RowStretch* stretches = nullptr;  ///< of all other positions
+  std::size_t stretchCount = 0;
+};
+
 /// Weighted sums of bytes, rounded half up and limited to 0..255; every result as if taken in double in the order of
 /// the taps.
 struct ByteResamplingKernels {
   std::size_t rowsAtOnce;  ///< the most that `rows` takes
   /// Weights are written in digits of so many bits, the first of them no larger than a number of that size with a sign.
   int digitBits;
+  /// Runs of sums of more digits are no faster than other positions.
+  int digitsOfRuns;
   /// Scratch memory in bytes.
   RowStretchShape stretches;
-  /// Resamples rows to the positions of at least one stretch. Groups of taps begin at multiples of four; positions are
-  /// computed in fours, each four with one kind of sum, and there are taps for whole fours.
-  void (*rows)(const SourceRows<std::uint8_t>& in, const ByteTaps* taps, const ByteWeights& weights,
-               const RowStretch* stretches, std::size_t stretchCount, std::uint8_t* const* out, std::uint8_t* scratch);
+  void (*rows)(const SourceRows<std::uint8_t>& in, const ByteRowPlan& plan, std::uint8_t* const* out,
+               std::uint8_t* scratch);
   /// Samples first to end - 1 of one output row: the weighted sum of rows, of which there are as many as taps, and at
   /// least four for each group.
   void (*columns)(const std::uint8_t* const* rows, std::size_t first, std::size_t end, const ByteTaps& taps,

@@ -139,6 +139,7 @@ class Planner {
     findRatios();
     chooseSums();
     layGroups();
+    if (fours_) findRun();
     writeDigits();
   }
 
@@ -295,6 +296,34 @@ class Planner {
     const auto alike = [&](int i) { return four[i].firstGroup == four[i + 1].firstGroup; };
     if (four[0].groups == 0 || !even(1) || !even(2) || !even(3)) return FourShape::Uneven;
     return alike(0) && alike(2) ? FourShape::Paired : FourShape::Even;
+  }
+
+  // Positions in the middle show how many there are in a group.
+  void findRun() {
+    for (const std::size_t perGroup : {std::size_t{1}, std::size_t{2}}) {
+      std::size_t first = plan_.taps.size() / 2, end = first;
+      while (first > 0 && returns(first - 1, perGroup)) --first;
+      while (returns(end, perGroup)) ++end;
+      if (first == end) continue;
+      end += perGroup;
+      if (perGroup == 2 && !sameGroups(first)) ++first;
+      if (perGroup == 2 && (first + 1 >= end || !sameGroups(first))) return;
+      plan_.run = {first, first + (end - first) / kernels::ByteRun::kStep * kernels::ByteRun::kStep, perGroup};
+      return;
+    }
+  }
+
+  // Whether the position `perGroup` further on has the same digits one group further on.
+  bool returns(std::size_t i, std::size_t perGroup) const {
+    if (i + perGroup >= plan_.taps.size()) return false;
+    const ByteTaps &taps = plan_.taps[i], &next = plan_.taps[i + perGroup];
+    return taps.groups > 0 && taps.sum != ByteSum::Ratio && next.sum == taps.sum &&
+           kindOf_[i] == kindOf_[i + perGroup] && next.left == taps.left + 4;
+  }
+
+  bool sameGroups(std::size_t i) const {
+    const ByteTaps &taps = plan_.taps[i], &next = plan_.taps[i + 1];
+    return taps.firstGroup == next.firstGroup && taps.groups == next.groups && taps.sum == next.sum;
   }
 
   // Where in a group the first tap stands.

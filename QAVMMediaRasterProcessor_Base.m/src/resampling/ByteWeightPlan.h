@@ -22,6 +22,7 @@ struct ByteWeightPlan {
   std::vector<kernels::ByteTaps>
       taps;  ///< of as many positions as there are entries; Fours: the last repeated up to a whole four
   kernels::ByteWeights weights;
+  kernels::ByteRun run;  ///< of Fours
 
  private:
   std::vector<std::int32_t> digits_;

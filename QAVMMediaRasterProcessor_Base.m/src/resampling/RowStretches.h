@@ -23,13 +23,14 @@ kernels::RowStretch unitsOf(std::span<const Taps> taps, std::size_t first, std::
   return {first, end, unitsBefore, (behind + unit - 1) / unit - unitsBefore};
 }
 
-/// Divides positions into stretches, each as long as the shape allows.
+/// Divides positions first to end - 1 into stretches, each as long as the shape allows, and adds them to the list.
 template <class Taps>
-std::vector<kernels::RowStretch> rowStretches(std::span<const Taps> taps, const kernels::RowStretchShape& shape) {
-  std::vector<kernels::RowStretch> stretches;
-  for (std::size_t x = 0; x < taps.size(); x += shape.step) {
-    const auto next = unitsOf(taps, x, std::min(taps.size(), x + shape.step), shape.unit);
-    if (!stretches.empty()) {
+void addStretches(std::span<const Taps> taps, std::size_t first, std::size_t end, const kernels::RowStretchShape& shape,
+                  std::vector<kernels::RowStretch>& stretches) {
+  const std::size_t before = stretches.size();
+  for (std::size_t x = first; x < end; x += shape.step) {
+    const auto next = unitsOf(taps, x, std::min(end, x + shape.step), shape.unit);
+    if (stretches.size() > before) {
       kernels::RowStretch& last = stretches.back();
       const std::size_t length = std::max(last.length, next.source + next.length - last.source);
       if (last.length > 0 && next.length > 0 && next.source >= last.source && length <= shape.span) {
@@ -40,7 +41,6 @@ std::vector<kernels::RowStretch> rowStretches(std::span<const Taps> taps, const 
     }
     stretches.push_back(next);
   }
-  return stretches;
 }
 
 /// Scratch memory for any of the stretches.

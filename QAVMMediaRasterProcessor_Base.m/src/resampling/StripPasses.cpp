@@ -38,15 +38,17 @@ class BytePasses {
     if (!job.vertical.empty()) vertical_.emplace(job.vertical, Order::Singles, kernels_.digitBits);
     if (job.horizontal.empty()) return;
     horizontal_.emplace(job.horizontal, Order::Fours, kernels_.digitBits);
-    stretches_ = rowStretches(std::span<const kernels::ByteTaps>(horizontal_->taps).first(job.horizontal.size()),
-                              kernels_.stretches);
+    rows_.taps = horizontal_->taps.data();
+    rows_.width = job.horizontal.size();
+    rows_.weights = horizontal_->weights;
+    rows_.run = readableRun(job);
+    addAllStretches();
     scratch_ = makeAlignedArray<std::uint8_t>(scratchFor(stretches_, kernels_.stretches));
   }
 
   std::size_t rowsAtOnce() const { return kernels_.rowsAtOnce; }
   void resampleRows(const kernels::SourceRows<Sample>& in, Sample* const* out) {
-    kernels_.rows(in, horizontal_->taps.data(), horizontal_->weights, stretches_.data(), stretches_.size(), out,
-                  scratch_.get());
+    kernels_.rows(in, rows_, out, scratch_.get());
   }
 
   static std::size_t outputsTogether() { return 1; }
@@ -66,9 +68,38 @@ class BytePasses {
   }
 
  private:
+  // As much of the run as vectors of pixels may be read for that do not reach behind a row.
+  kernels::ByteRun readableRun(const StripJob<Sample>& job) const {
+    constexpr std::size_t kWidestVector = 64, kLanes = kWidestVector / 16;
+    kernels::ByteRun run = horizontal_->run;
+    if (kernels::digitsOf(horizontal_->taps[run.first].sum) > kernels_.digitsOfRuns) return {};
+    const auto channels = static_cast<std::size_t>(job.channels);
+    const auto readTo = [&](const kernels::ByteTaps& last) {
+      const auto behind = static_cast<std::size_t>(last.firstGroup + last.groups);
+      return (behind < kLanes ? 0 : behind - kLanes) * 4 * channels + kWidestVector;
+    };
+    while (run.end > run.first && readTo(horizontal_->taps[run.end - 1]) > job.sourceWidth * channels)
+      run.end -= kernels::ByteRun::kStep;
+    return run;
+  }
+
+  void addAllStretches() {
+    const std::span<const kernels::ByteTaps> taps = horizontal_->taps;
+    const std::size_t step = kernels_.stretches.step;
+    std::size_t end = 0;
+    if (rows_.run.first < rows_.run.end) {
+      addStretches(taps, 0, (rows_.run.first + step - 1) / step * step, kernels_.stretches, stretches_);
+      end = rows_.run.end / step * step;
+    }
+    addStretches(taps, end, rows_.width, kernels_.stretches, stretches_);
+    rows_.stretches = stretches_.data();
+    rows_.stretchCount = stretches_.size();
+  }
+
   const kernels::ByteResamplingKernels& kernels_ = kernels::byteResamplingKernels();
   std::optional<ByteWeightPlan> horizontal_;
   std::optional<ByteWeightPlan> vertical_;
+  kernels::ByteRowPlan rows_;
   std::vector<kernels::RowStretch> stretches_;
   AlignedArray<std::uint8_t> scratch_;
 };

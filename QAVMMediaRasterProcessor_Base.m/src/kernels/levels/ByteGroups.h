@@ -38,6 +38,18 @@ template <int kChannels>
 #endif
 }
 
+// The samples of the four pixels in each lane, channel by channel.
+template <int kChannels>
+[[gnu::always_inline]] inline U8 inGroups(U8 pixels) {
+  return shuffleLanes(pixels, kChannels == 4 ? _mm_setr_epi8(0, 4, 8, 12, 1, 5, 9, 13, 2, 6, 10, 14, 3, 7, 11, 15)
+                                             : _mm_setr_epi8(0, 3, 6, 9, 1, 4, 7, 10, 2, 5, 8, 11, -1, -1, -1, -1));
+}
+
+// Four pixels in each lane without the gaps behind their three channels.
+[[gnu::always_inline]] inline U8 withoutGaps(U8 pixels) {
+  return shuffleLanes(pixels, _mm_setr_epi8(0, 1, 2, 4, 5, 6, 8, 9, 10, 12, 13, 14, -1, -1, -1, -1));
+}
+
 // Lane l of row r becomes lane r of vector l.
 [[gnu::always_inline]] inline void transposeLanes(U8 (&rows)[kRowsOfVector]) {
 #if QAV_KERNEL_LEVEL >= 2
@@ -58,11 +70,9 @@ template <int kChannels>
 // The groups of a unit, in a vector of rows.
 template <int kChannels>
 [[gnu::always_inline]] inline void storeGroups(U8 (&lanes)[kRowsOfVector], std::uint8_t* groups) {
-  const __m128i order = kChannels == 4 ? _mm_setr_epi8(0, 4, 8, 12, 1, 5, 9, 13, 2, 6, 10, 14, 3, 7, 11, 15)
-                                       : _mm_setr_epi8(0, 3, 6, 9, 1, 4, 7, 10, 2, 5, 8, 11, -1, -1, -1, -1);
   transposeLanes(lanes);
 #pragma GCC unroll 4
-  for (std::size_t g = 0; g < kRowsOfVector; ++g) store(groups + g * kGroupBytes, shuffleLanes(lanes[g], order));
+  for (std::size_t g = 0; g < kRowsOfVector; ++g) store(groups + g * kGroupBytes, inGroups<kChannels>(lanes[g]));
 }
 
 // A unit of rows that end within it, or of fewer rows than there are lanes for.

@@ -198,4 +198,19 @@ struct Division {
           signBits(packedSigns(exactHalf(low) & (I16)(lowDoubt > none), exactHalf(high) & (I16)(highDoubt > none)))};
 }
 
+// Four vectors of sums, those of four positions or of positions four apart.
+template <ByteSum kSum>
+struct FourSums {
+  Sum<kSum> s0, s1, s2, s3;
+
+  [[gnu::always_inline]] explicit FourSums(const ByteTaps* taps) : s0(taps[0]), s1(taps[1]), s2(taps[2]), s3(taps[3]) {}
+  [[gnu::always_inline]] Rounded rounded(const ByteWeights& weights) const {
+    return roundedSums(s0, s1, s2, s3, weights);
+  }
+};
+
+// The digits of four positions stand side by side.
+template <ByteSum kSum>
+inline constexpr std::size_t kBetweenGroups = 4 * digitsOf(kSum);
+
 }  // namespace
