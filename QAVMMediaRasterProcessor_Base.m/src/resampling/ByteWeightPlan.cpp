@@ -129,8 +129,8 @@ bool sameWeights(const ByteTaps& a, const ByteTaps& b) {
 
 class Planner {
  public:
-  Planner(ByteWeightPlan& plan, std::vector<std::int32_t>& digits, bool fours, int digitBits)
-      : plan_(plan), digits_(digits), fours_(fours), digitBits_(digitBits) {}
+  Planner(ByteWeightPlan& plan, std::size_t wanted, std::vector<std::int32_t>& digits, bool fours, int digitBits)
+      : plan_(plan), wanted_(wanted), digits_(digits), fours_(fours), digitBits_(digitBits) {}
 
   void run() {
     findKinds();
@@ -301,7 +301,7 @@ class Planner {
   // Positions in the middle show how many there are in a group.
   void findRun() {
     for (const std::size_t perGroup : {std::size_t{1}, std::size_t{2}}) {
-      std::size_t first = plan_.taps.size() / 2, end = first;
+      std::size_t first = wanted_ / 2, end = first;
       while (first > 0 && returns(first - 1, perGroup)) --first;
       while (returns(end, perGroup)) ++end;
       if (first == end) continue;
@@ -315,7 +315,7 @@ class Planner {
 
   // Whether the position `perGroup` further on has the same digits one group further on.
   bool returns(std::size_t i, std::size_t perGroup) const {
-    if (i + perGroup >= plan_.taps.size()) return false;
+    if (i + perGroup >= wanted_) return false;
     const ByteTaps &taps = plan_.taps[i], &next = plan_.taps[i + perGroup];
     return taps.groups > 0 && taps.sum != ByteSum::Ratio && next.sum == taps.sum &&
            kindOf_[i] == kindOf_[i + perGroup] && next.left == taps.left + 4;
@@ -416,6 +416,7 @@ class Planner {
   }
 
   ByteWeightPlan& plan_;
+  std::size_t wanted_;  // positions that are not there to fill up a four
   std::vector<std::int32_t>& digits_;
   bool fours_;
   int digitBits_;
@@ -433,7 +434,7 @@ ByteWeightPlan::ByteWeightPlan(std::span<const QAVMMContribution> entries, Order
   taps.reserve(padded);
   for (const QAVMMContribution& entry : entries) taps.push_back(trimmed(entry));
   while (taps.size() < padded) taps.push_back(taps.back());
-  Planner(*this, digits_, order == Order::Fours, digitBits).run();
+  Planner(*this, entries.size(), digits_, order == Order::Fours, digitBits).run();
 }
 
 }  // namespace qav
