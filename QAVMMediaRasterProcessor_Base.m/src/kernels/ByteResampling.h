@@ -57,14 +57,18 @@ struct ByteWeights {
   std::int32_t reciprocalShift = 0;
 };
 
-/// Positions whose weights return with every group of four source pixels: `perGroup` of them look at the same groups,
-/// the next as many with the same digits at those one further on.
+/// Positions whose weights return: each has those of the one `period` before, and looks at sources `step` further on.
 struct ByteRun {
-  std::size_t first = 0;
-  std::size_t end = 0;       ///< a multiple of kStep behind the first
-  std::size_t perGroup = 0;  ///< 1 or 2
+  static constexpr std::size_t kPositions = 16, kLongestPeriod = 4, kLongestStep = 4;
 
-  static constexpr std::size_t kStep = 16;
+  std::size_t first = 0;
+  std::size_t end = 0;                       ///< a multiple of kPositions behind the first
+  std::size_t period = 0;                    ///< 1, 2 or 4
+  std::int32_t step = 0;                     ///< 1 to kLongestStep
+  std::int32_t begins[kLongestPeriod] = {};  ///< where the sources of the first positions begin, by groups of four
+  std::int32_t groups = 0;                   ///< the most of any
+  bool paired = false;                       ///< the period is 2 and both its positions begin at the same source
+  const std::int32_t* digits = nullptr;      ///< for each group, those of the positions of a period side by side
 };
 
 /// How rows are resampled to `width` positions.
@@ -72,8 +76,7 @@ struct ByteRowPlan {
   const ByteTaps* taps = nullptr;  ///< for whole fours; each four has one kind of sum
   std::size_t width = 0;
   ByteWeights weights;
-  ByteRun run;                            ///< has sums of one kind, which is neither Exact nor Ratio. Vectors of source
-                                          ///< pixels can be read from the first of its groups to the last
+  ByteRun run;                            ///< has sums of one kind, which is neither Exact nor Ratio
   const RowStretch* stretches = nullptr;  ///< of all other positions
   std::size_t stretchCount = 0;
 };

@@ -129,8 +129,14 @@ bool sameWeights(const ByteTaps& a, const ByteTaps& b) {
 
 class Planner {
  public:
-  Planner(ByteWeightPlan& plan, std::size_t wanted, std::vector<std::int32_t>& digits, bool fours, int digitBits)
-      : plan_(plan), wanted_(wanted), digits_(digits), fours_(fours), digitBits_(digitBits) {}
+  Planner(ByteWeightPlan& plan, std::size_t wanted, std::vector<std::int32_t>& digits,
+          std::vector<std::int32_t>& digitsOfRun, bool fours, int digitBits)
+      : plan_(plan),
+        wanted_(wanted),
+        digits_(digits),
+        digitsOfRun_(digitsOfRun),
+        fours_(fours),
+        digitBits_(digitBits) {}
 
   void run() {
     findKinds();
@@ -139,8 +145,10 @@ class Planner {
     findRatios();
     chooseSums();
     layGroups();
-    if (fours_) findRun();
     writeDigits();
+    if (!fours_) return;
+    findRun();
+    writeDigitsOfRun();
   }
 
  private:
@@ -298,32 +306,51 @@ class Planner {
     return alike(0) && alike(2) ? FourShape::Paired : FourShape::Even;
   }
 
-  // Positions in the middle show how many there are in a group.
+  // Positions in the middle show the period.
   void findRun() {
-    for (const std::size_t perGroup : {std::size_t{1}, std::size_t{2}}) {
-      std::size_t first = wanted_ / 2, end = first;
-      while (first > 0 && returns(first - 1, perGroup)) --first;
-      while (returns(end, perGroup)) ++end;
-      if (first == end) continue;
-      end += perGroup;
-      if (perGroup == 2 && !sameGroups(first)) ++first;
-      if (perGroup == 2 && (first + 1 >= end || !sameGroups(first))) return;
-      plan_.run = {first, first + (end - first) / kernels::ByteRun::kStep * kernels::ByteRun::kStep, perGroup};
+    using kernels::ByteRun;
+    const std::size_t middle = wanted_ / 2;
+    for (const std::size_t period : {std::size_t{1}, std::size_t{2}, std::size_t{4}}) {
+      if (middle + period >= wanted_) return;
+      const std::int32_t step = plan_.taps[middle + period].left - plan_.taps[middle].left;
+      std::size_t first = middle, end = middle;
+      while (first > 0 && returns(first - 1, period, step)) --first;
+      while (returns(end, period, step)) ++end;
+      if (end == first) continue;
+      layRun(first, end + period, period, step);
       return;
     }
   }
 
-  // Whether the position `perGroup` further on has the same digits one group further on.
-  bool returns(std::size_t i, std::size_t perGroup) const {
-    if (i + perGroup >= wanted_) return false;
-    const ByteTaps &taps = plan_.taps[i], &next = plan_.taps[i + perGroup];
-    return taps.groups > 0 && taps.sum != ByteSum::Ratio && next.sum == taps.sum &&
-           kindOf_[i] == kindOf_[i + perGroup] && next.left == taps.left + 4;
+  void layRun(std::size_t first, std::size_t end, std::size_t period, std::int32_t step) {
+    kernels::ByteRun& run = plan_.run;
+    const std::span<const ByteTaps> taps = plan_.taps;
+    run.period = period;
+    run.step = step;
+    for (std::size_t phase = 0; phase < period; ++phase) run.begins[phase] = taps[first + phase].left;
+    if (period == 1 && step == 2 && kernels::digitsOf(taps[first].sum) == 1 && end - first > 1) {
+      // Two positions that share what they read, from where fewest cache lines are crossed.
+      if (taps[first].left % 4 > 1) ++first;
+      run.period = 2;
+      run.step = 4;
+      run.paired = true;
+      run.begins[0] = run.begins[1] = taps[first].left / 4 * 4;
+    }
+    run.first = first;
+    run.end = first + (end - first) / kernels::ByteRun::kPositions * kernels::ByteRun::kPositions;
+    for (std::size_t phase = 0; phase < run.period; ++phase) {
+      const ByteTaps& position = taps[first + phase];
+      run.groups = std::max(run.groups, (position.left - run.begins[phase] + position.count + 3) / 4);
+    }
   }
 
-  bool sameGroups(std::size_t i) const {
-    const ByteTaps &taps = plan_.taps[i], &next = plan_.taps[i + 1];
-    return taps.firstGroup == next.firstGroup && taps.groups == next.groups && taps.sum == next.sum;
+  // Whether the position `period` further on has the same digits `step` further on.
+  bool returns(std::size_t i, std::size_t period, std::int32_t step) const {
+    if (step < 1 || step > static_cast<std::int32_t>(kernels::ByteRun::kLongestStep) || i + period >= wanted_)
+      return false;
+    const ByteTaps &taps = plan_.taps[i], &next = plan_.taps[i + period];
+    return taps.groups > 0 && taps.sum != ByteSum::Ratio && taps.sum == plan_.taps[i + 1].sum && next.sum == taps.sum &&
+           kindOf_[i] == kindOf_[i + period] && next.left == taps.left + step;
   }
 
   // Where in a group the first tap stands.
@@ -363,42 +390,63 @@ class Planner {
       std::int32_t* at = digits_.data() + begins[first / beside()];
       const bool write = !digitsRepeat(first);
       for (std::size_t i = first; i < first + beside(); ++i, at += digitsOf(plan_.taps[first].sum)) {
-        plan_.taps[i].digits = at;
-        if (write) writeDigitsOf(i, reinterpret_cast<std::int8_t*>(at));
+        ByteTaps& taps = plan_.taps[i];
+        taps.digits = at;
+        if (write) writeDigitsOf(i, {at, static_cast<std::size_t>(slotOfFirst(taps)), digitsBetweenGroups(taps)});
       }
     }
   }
 
-  void writeDigitsOf(std::size_t i, std::int8_t* bytes) const {
+  void writeDigitsOfRun() {
+    kernels::ByteRun& run = plan_.run;
+    if (run.first == run.end) return;
+    const std::size_t digits = digitsOf(plan_.taps[run.first].sum), between = run.period * digits;
+    digitsOfRun_.assign(static_cast<std::size_t>(run.groups) * between, 0);
+    for (std::size_t phase = 0; phase < run.period; ++phase)
+      writeDigitsOf(run.first + phase,
+                    {digitsOfRun_.data() + phase * digits,
+                     static_cast<std::size_t>(plan_.taps[run.first + phase].left - run.begins[phase]), between});
+    run.digits = digitsOfRun_.data();
+  }
+
+  // Where the digits of a position stand: the slot of its first tap in a group, and the way from group to group.
+  struct DigitPlaces {
+    std::int32_t* first;
+    std::size_t slot;
+    std::size_t between;
+  };
+
+  void writeDigitsOf(std::size_t i, DigitPlaces places) const {
     const ByteTaps& taps = plan_.taps[i];
     if (taps.sum == ByteSum::Ratio || taps.sum == ByteSum::Parts)
-      writeRatio(taps, *ratios_[kindOf_[i]], bytes);
+      writeRatio(taps, *ratios_[kindOf_[i]], places);
     else if (taps.sum != ByteSum::Exact)
-      writeQuanta(taps, bytes);
+      writeQuanta(taps, places);
   }
 
   // Calls body(weight, place of its first digit); the others follow four bytes apart.
   template <class Body>
-  void forEachTap(const ByteTaps& taps, std::int8_t* bytes, Body body) const {
-    auto slot = static_cast<std::size_t>(slotOfFirst(taps));
+  static void forEachTap(const ByteTaps& taps, DigitPlaces places, Body body) {
+    auto* const bytes = reinterpret_cast<std::int8_t*>(places.first);
+    std::size_t slot = places.slot;
     for (const double w : weightsOf(taps)) {
-      body(w, bytes + slot / 4 * 4 * digitsBetweenGroups(taps) + slot % 4);
+      body(w, bytes + slot / 4 * 4 * places.between + slot % 4);
       ++slot;
     }
   }
 
-  void writeRatio(const ByteTaps& taps, const Ratio& ratio, std::int8_t* bytes) const {
-    forEachTap(taps, bytes, [&](double w, std::int8_t* at) {
+  void writeRatio(const ByteTaps& taps, const Ratio& ratio, DigitPlaces places) const {
+    forEachTap(taps, places, [&](double w, std::int8_t* at) {
       const RatioDigits digits = ratioDigits(w, parts_, ratio);
       at[0] = digits.parts;
       if (taps.sum == ByteSum::Ratio) at[4] = digits.excess;
     });
   }
 
-  void writeQuanta(const ByteTaps& taps, std::int8_t* bytes) const {
+  void writeQuanta(const ByteTaps& taps, DigitPlaces places) const {
     const double quantum = powerOfTwo(shiftOf(taps.sum));
     const bool three = taps.sum == ByteSum::ThreeDigits;
-    forEachTap(taps, bytes, [&](double w, std::int8_t* at) {
+    forEachTap(taps, places, [&](double w, std::int8_t* at) {
       std::int32_t quanta = NearestInteger(w * quantum).integer();
       if (three) {
         at[8] = takeDigit(quanta);
@@ -418,6 +466,7 @@ class Planner {
   ByteWeightPlan& plan_;
   std::size_t wanted_;  // positions that are not there to fill up a four
   std::vector<std::int32_t>& digits_;
+  std::vector<std::int32_t>& digitsOfRun_;
   bool fours_;
   int digitBits_;
   std::vector<Kind> kinds_;
@@ -434,7 +483,7 @@ ByteWeightPlan::ByteWeightPlan(std::span<const QAVMMContribution> entries, Order
   taps.reserve(padded);
   for (const QAVMMContribution& entry : entries) taps.push_back(trimmed(entry));
   while (taps.size() < padded) taps.push_back(taps.back());
-  Planner(*this, entries.size(), digits_, order == Order::Fours, digitBits).run();
+  Planner(*this, entries.size(), digits_, digitsOfRun_, order == Order::Fours, digitBits).run();
 }
 
 }  // namespace qav

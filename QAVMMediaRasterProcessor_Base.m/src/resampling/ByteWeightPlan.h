@@ -26,6 +26,7 @@ struct ByteWeightPlan {
 
  private:
   std::vector<std::int32_t> digits_;
+  std::vector<std::int32_t> digitsOfRun_;
 };
 
 }  // namespace qav

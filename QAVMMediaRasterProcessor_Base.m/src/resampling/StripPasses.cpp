@@ -71,15 +71,17 @@ class BytePasses {
   // As much of the run as vectors of pixels may be read for that do not reach behind a row.
   kernels::ByteRun readableRun(const StripJob<Sample>& job) const {
     constexpr std::size_t kWidestVector = 64, kLanes = kWidestVector / 16;
+    const std::vector<kernels::ByteTaps>& taps = horizontal_->taps;
     kernels::ByteRun run = horizontal_->run;
-    if (kernels::digitsOf(horizontal_->taps[run.first].sum) > kernels_.digitsOfRuns) return {};
+    if (kernels::digitsOf(taps[run.first].sum) > kernels_.digitsOfRuns) return {};
     const auto channels = static_cast<std::size_t>(job.channels);
-    const auto readTo = [&](const kernels::ByteTaps& last) {
-      const auto behind = static_cast<std::size_t>(last.firstGroup + last.groups);
-      return (behind < kLanes ? 0 : behind - kLanes) * 4 * channels + kWidestVector;
+    const auto endsReadable = [&] {
+      const auto periods = static_cast<std::int32_t>((run.end - run.first) / run.period - kLanes);
+      const std::int32_t begins = *std::max_element(run.begins, run.begins + run.period);
+      const auto lastGroup = static_cast<std::size_t>(begins + periods * run.step + 4 * (run.groups - 1));
+      return lastGroup * channels + kWidestVector <= job.sourceWidth * channels;
     };
-    while (run.end > run.first && readTo(horizontal_->taps[run.end - 1]) > job.sourceWidth * channels)
-      run.end -= kernels::ByteRun::kStep;
+    while (run.end > run.first && !endsReadable()) run.end -= kernels::ByteRun::kPositions;
     return run;
   }
 

@@ -248,8 +248,8 @@ void resampleStretch(const SourceRows<std::uint8_t>& in, const ByteRowPlan& plan
 
 // About as many as parts of the work, which are small against the memory to be fetched.
 std::size_t portionsOf(std::size_t rowCount, const ByteRowPlan& plan) {
-  const std::size_t steps = (plan.run.end - plan.run.first) / kRunStep;
-  return (rowCount + kRowsOfRun - 1) / kRowsOfRun * steps + (plan.width - steps * kRunStep) / kBlock + 1;
+  const std::size_t steps = (plan.run.end - plan.run.first) / kRunPositions;
+  return (rowCount + kRowsOfRun - 1) / kRowsOfRun * steps + (plan.width - steps * kRunPositions) / kBlock + 1;
 }
 
 // From left to right: what a stretch writes too much, and the positions that one has in common with the run, are
