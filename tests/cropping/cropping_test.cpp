@@ -195,5 +195,32 @@ TEST(Cropping, ScansFromThePosition) {
   EXPECT_EQ(only.HasPixelImageRowSameColorThan_Forward(QAVMMPIPixelColor()), 0);
 }
 
+// The area's scans end at the last row where that decides, else in the last column: at its top, or where it differs.
+TEST(Cropping, ScansFromWhereTheAreaEnds) {
+  const struct {
+    const char* drawing;
+    char colour;
+    int row, column;  // from there on, both forward, each by an object of its own
+  } cases[] = {{". a .", '.', 1, 1},
+               {"... .a. ...", '.', 1, 1},
+               {".ab .cd", 'b', 1, 0},
+               {".ab .cb", 'b', 1, 1},
+               {"...... .ab... ..cd.a ......", '.', 0, 0},
+               {"....... .ab.... .......", '.', 1, 1},
+               {"a. ..", '.', 1, 1}};
+  for (const auto& [drawing, colour, row, column] : cases) {
+    const Image image = imageOf(Drawing(drawing), RGB888);
+    const char dots[] = {'.', 0}, other[] = {colour, 0};
+    const QAVMMPIPixelColor trim = colourAt(*imageOf(Drawing(dots), RGB888), 0, 0);
+    const QAVMMPIPixelColor wanted = colourAt(*imageOf(Drawing(other), RGB888), 0, 0);
+    int left, top, right, bottom;
+    QAVMMICropping rows(*image), columns(*image);
+    rows.ComputeCroppingAreaFromTrimmingColor(trim, left, top, right, bottom);
+    columns.ComputeCroppingAreaFromTrimmingColor(trim, left, top, right, bottom);
+    EXPECT_EQ(rows.HasPixelImageRowSameColorThan_Forward(wanted), row) << drawing;
+    EXPECT_EQ(columns.HasPixelImageColumnSameColorThan_Forward(wanted), column) << drawing;
+  }
+}
+
 }  // namespace
 }  // namespace qav::test

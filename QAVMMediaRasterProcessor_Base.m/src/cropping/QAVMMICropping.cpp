@@ -26,13 +26,16 @@ bool readCorners(QAVMMPIPixelIterator& iterator, int width, int height, QAVMMPIP
   return true;
 }
 
-// Looks for whole rows and columns of one colour.
+// Looks for whole rows and columns of one colour. Scans that callers make afterwards go on from where these end.
 class BorderScan {
  public:
   BorderScan(QAVMMICropping& cropping, QAVMMPIPixelIterator& iterator, int width, const QAVMMPIPixelColor& trim)
       : cropping_(cropping), iterator_(iterator), width_(width), trim_(trim) {}
 
-  void GoBackward() { backward_ = true; }
+  void GoBackward(int lastRow) {
+    backward_ = true;
+    iterator_.GoTo(width_ - 1, lastRow);
+  }
 
   // A row equal to one that has the colour has it too.
   bool HasRow(int y) {
@@ -57,11 +60,13 @@ class BorderScan {
     return columns;
   }
 
+  // Ends at the pixel that has another colour, or at the top.
   bool HasLastColumn(int top, int bottom) const {
-    if (top > bottom) return true;
     iterator_.GoTo(width_ - 1, top);
-    const int rows = bottom - top + 1;
-    return iterator_.CountSameColorDown(trim_, rows) == rows;
+    const int same = top > bottom ? 0 : iterator_.CountSameColorDown(trim_, bottom - top + 1);
+    const bool all = same > bottom - top;
+    iterator_.GoTo(width_ - 1, all ? 0 : top + same);
+    return all;
   }
 
  private:
@@ -176,7 +181,7 @@ int QAVMMICropping::ComputeCroppingAreaFromTrimmingColor(const QAVMMPIPixelColor
     left = top = right = bottom = 0;
     return topTaken;
   }
-  scan.GoBackward();
+  scan.GoBackward(height_ - 1);
   while (bottom > top && scan.HasRow(bottom)) --bottom;
   const bool rowTaken = topTaken || bottom < height_ - 1;
   if (top == bottom) {
@@ -185,7 +190,10 @@ int QAVMMICropping::ComputeCroppingAreaFromTrimmingColor(const QAVMMPIPixelColor
   }
   left = scan.CountLeadingColumns(top, bottom);
   // The scan from the right looks at the last column again for every step, so it takes all columns or none.
-  if (left < right && scan.HasLastColumn(top, bottom)) right = left;
+  if (left == right)
+    iterator_->GoTo(right, 0);
+  else if (scan.HasLastColumn(top, bottom))
+    right = left;
   return rowTaken || left > 0 || right < width_ - 1;
 }
 

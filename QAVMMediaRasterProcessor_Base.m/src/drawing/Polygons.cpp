@@ -56,8 +56,8 @@ bool isVisible(Point a, Point b, const Canvas& canvas) {
 // first.
 class EdgeList {
  public:
-  explicit EdgeList(std::span<Edge> edges)
-      : edges_(edges), places_(new double[2 * kernels::paddedCrossings(edges.size())]) {
+  /// `places` has room for two numbers for each of the padded edges.
+  EdgeList(std::span<Edge> edges, double* places) : edges_(edges), places_(places) {
     std::sort(edges.begin(), edges.end(), [](const Edge& a, const Edge& b) { return a.first < b.first; });
   }
 
@@ -112,7 +112,7 @@ class EdgeList {
 
   Places collectPlaces() {
     const std::size_t padded = kernels::paddedCrossings(active_);
-    const Places places{places_.get(), places_.get() + padded};
+    const Places places{places_, places_ + padded};
     for (std::size_t i = 0; i < padded; ++i) {
       places.x[i] = i < active_ ? edges_[i].x : std::numeric_limits<double>::infinity();
       places.slope[i] = i < active_ ? edges_[i].slope : 0;
@@ -121,7 +121,7 @@ class EdgeList {
   }
 
   std::span<Edge> edges_;
-  std::unique_ptr<double[]> places_;
+  double* places_;
   std::size_t active_ = 0;
   std::size_t next_ = 0;
   std::size_t moves_ = 0;
@@ -135,13 +135,15 @@ void drawPolygons(const Canvas& canvas, std::span<const int> counts, const int* 
     if (count < 3) return;
     total += static_cast<std::size_t>(count);
   }
+  // All memory before the first pixel: where there is none, nothing is drawn.
   const std::unique_ptr<Edge[]> edges(new Edge[total]);
+  const std::unique_ptr<double[]> places(new double[2 * kernels::paddedCrossings(total)]);
   std::size_t used = 0;
   visitEdges(counts, points, [&](Point a, Point b) {
     drawLine(canvas, a, b, colour);
     if (isVisible(a, b, canvas)) edges[used++] = edgeBetween(a, b);
   });
-  EdgeList({edges.get(), used}).fill(canvas, colour);
+  EdgeList({edges.get(), used}, places.get()).fill(canvas, colour);
 }
 
 }  // namespace qav
