@@ -324,11 +324,12 @@ class Planner {
 
   void layRun(std::size_t first, std::size_t end, std::size_t period, std::int32_t step) {
     kernels::ByteRun& run = plan_.run;
+    if (end - first <= kernels::ByteRun::kPositions) return;
     const std::span<const ByteTaps> taps = plan_.taps;
     run.period = period;
     run.step = step;
     for (std::size_t phase = 0; phase < period; ++phase) run.begins[phase] = taps[first + phase].left;
-    if (period == 1 && step == 2 && kernels::digitsOf(taps[first].sum) == 1 && end - first > 1) {
+    if (period == 1 && step == 2 && kernels::digitsOf(taps[first].sum) == 1) {
       // Two positions that share what they read, from where fewest cache lines are crossed.
       if (taps[first].left % 4 > 1) ++first;
       run.period = 2;
