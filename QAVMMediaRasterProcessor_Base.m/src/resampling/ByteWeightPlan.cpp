@@ -1,5 +1,6 @@
 #include "resampling/ByteWeightPlan.h"
 
+#include "resampling/ByteQuanta.h"
 #include "resampling/NearestInteger.h"
 #include "resampling/RatioWeights.h"
 
@@ -10,22 +11,6 @@
 #include <optional>
 #include <span>
 
-// Why the integer sums give the defined bits.
-//
-// Let W be the weights of a position times 2^shift, q their nearest integers, e = W - q, and s the samples, 0..255.
-// The true sum is sum(s W) = sum(s q) + sum((s - 127.5) e) + 127.5 sum(e), so with C = 127.5 sum(e)
-//
-//     |sum(s W) - (sum(s q) + C)| <= 127.5 sum|e|.
-//
-// The definition takes its sum in double: n products and n additions, each with a relative error of at most 2^-53, and
-// one addition of a half, which put it within (n + 2) 255 sum|W| 2^-53 (times 1 + a few 2^-53) of the true sum. Let T
-// be an integer that is at least one more than both bounds and the rounding of C together. With
-// u = sum(s q) + round(C) + 2^(shift - 1) + T the definition's rounded value V, in quanta, obeys u - 2T < V < u. Unless
-// u mod 2^shift < 2T, floor(V / 2^shift) is therefore u >> shift; otherwise the definition itself decides.
-//
-// Where all e are zero the definition's sum is exact as well (fewer than 53 bits) and nothing needs a bound. All sums
-// are multiples of the lowest bit b of the q; then b / 2 in place of T keeps them clear of the doubtful range.
-
 namespace qav {
 namespace {
 
@@ -33,10 +18,7 @@ using kernels::ByteSum;
 using kernels::ByteTaps;
 using kernels::FourShape;
 
-constexpr int kLargestShift = 22;
 constexpr int kSmallestShift = 12;
-constexpr int kMaxTaps = 4096;
-constexpr double kMaxSumOfMagnitudes = 16.0;
 
 // Zero weights at either end add nothing to a sum of bytes.
 ByteTaps trimmed(const QAVMMContribution& entry) {
@@ -51,70 +33,10 @@ ByteTaps trimmed(const QAVMMContribution& entry) {
   return taps;
 }
 
-std::span<const double> weightsOf(const ByteTaps& taps) { return {taps.weights, static_cast<std::size_t>(taps.count)}; }
-
-constexpr double powerOfTwo(int exponent) { return static_cast<double>(std::int64_t{1} << exponent); }
-
-struct Summary {
-  double largest = 0.0;  // magnitude
-  double sum = 0.0;      // of magnitudes
-  // The least shift that makes all weights integers; one more than the largest shift when none does.
-  int shiftToIntegers = kLargestShift + 1;
-  // Few enough, and neither large nor infinite nor not-a-number.
-  bool ordinary = false;
-};
-
-Summary summaryOf(const ByteTaps& taps) {
-  double largest = 0.0, sum = 0.0, fractions = 0.0;
-  std::uint32_t bits = 1u << kLargestShift;
-  for (const double w : weightsOf(taps)) {
-    const double m = std::abs(w), scaled = w * powerOfTwo(kLargestShift);
-    const NearestInteger quanta(scaled);
-    largest = m > largest ? m : largest;
-    sum += m;
-    fractions += std::abs(scaled - quanta.value());
-    bits |= static_cast<std::uint32_t>(quanta.integer());
-  }
-  Summary summary{largest, sum};
-  summary.ordinary = taps.count <= kMaxTaps && summary.sum <= kMaxSumOfMagnitudes;
-  if (summary.ordinary && fractions == 0.0) summary.shiftToIntegers = kLargestShift - std::countr_zero(bits);
-  return summary;
-}
-
-// The exact half and more that a sum starts with, and the bound T - 1 on its error; both in quanta.
-struct Quantised {
-  double start = 0.0;
-  double error = 0.0;
-};
-
-Quantised quantise(const ByteTaps& taps, const Summary& summary, int shift) {
-  double sumOfErrors = 0.0;
-  std::uint32_t bits = 1u << (shift - 1);
-  Quantised result;
-  for (const double w : weightsOf(taps)) {
-    const double scaled = w * powerOfTwo(shift);
-    const NearestInteger quanta(scaled);
-    const double error = scaled - quanta.value();
-    sumOfErrors += error;
-    result.error += std::abs(error);
-    bits |= static_cast<std::uint32_t>(quanta.integer());
-  }
-  const double half = powerOfTwo(shift - 1);
-  if (result.error == 0.0) {
-    result.start = half + static_cast<double>((bits & -bits) / 2);
-    return result;
-  }
-  const double centre = 127.5 * sumOfErrors, nearest = NearestInteger(centre).value();
-  result.start = half + nearest;
-  result.error = 127.5 * result.error + std::abs(centre - nearest) +
-                 255.0 * (taps.count + 2) * summary.sum * powerOfTwo(shift) * 0x1p-52 + 0x1p-20;
-  return result;
-}
-
 // Weights that one position or several have: simple ratios of sizes give most positions one of a few.
 struct Kind {
   std::size_t first = 0;  // of the positions
-  Summary summary;
+  WeightSummary summary;
   Quantised quantised;
   ByteSum sum = ByteSum::Exact;
 };
@@ -189,21 +111,22 @@ class Planner {
     double largest = 0.0, sum = 0.0;
     int exactShift = 0;
     for (const Kind& kind : kinds_) {
-      const Summary& summary = kind.summary;
+      const WeightSummary& summary = kind.summary;
       if (!summary.ordinary) continue;
       largest = std::max(largest, summary.largest);
       sum = std::max(sum, summary.sum);
       if (fitsOneDigit(summary, summary.shiftToIntegers)) exactShift = std::max(exactShift, summary.shiftToIntegers);
     }
     int shift = kLargestShift;
-    while (shift > kSmallestShift && (largest * powerOfTwo(shift) > largestQuanta() ||
-                                      (255.0 * sum + 2.0) * powerOfTwo(shift) + 255.0 * kMaxTaps > 2147483647.0))
+    while (shift > kSmallestShift &&
+           (largest * powerOfTwo(shift) > largestQuanta() ||
+            (255.0 * sum + 2.0) * powerOfTwo(shift) + 255.0 * kMostOrdinaryTaps > 2147483647.0))
       --shift;
     plan_.weights.shift[static_cast<int>(ByteSum::OneDigit)] = std::max(1, exactShift);
     plan_.weights.shift[static_cast<int>(ByteSum::ThreeDigits)] = shift;
   }
 
-  bool fitsOneDigit(const Summary& summary, int shift) const {
+  bool fitsOneDigit(const WeightSummary& summary, int shift) const {
     return summary.shiftToIntegers <= std::min(shift, kLargestShift) &&
            summary.largest * powerOfTwo(shift) <= largestDigit();
   }
@@ -212,7 +135,7 @@ class Planner {
     const int one = shiftOf(ByteSum::OneDigit), three = shiftOf(ByteSum::ThreeDigits);
     double error = 0.0;
     for (Kind& kind : kinds_) {
-      const Summary& summary = kind.summary;
+      const WeightSummary& summary = kind.summary;
       if (!summary.ordinary || summary.largest * powerOfTwo(three) > largestQuanta()) continue;
       kind.quantised = quantise(plan_.taps[kind.first], summary, three);
       // More doubt than this would not be worth while.

@@ -1,5 +1,6 @@
 #include "resampling/RatioWeights.h"
 
+#include "resampling/ByteQuanta.h"
 #include "resampling/NearestInteger.h"
 
 #include <algorithm>
@@ -31,8 +32,6 @@ constexpr double kMaxBound = 0x1p30;
 constexpr std::int32_t kLargestUsefulBound = 1 << 12;
 // For what the bounds themselves are rounded by.
 constexpr double kSlack = 1.0 + 0x1p-20;
-
-std::span<const double> weightsOf(const ByteTaps& taps) { return {taps.weights, static_cast<std::size_t>(taps.count)}; }
 
 // How far rounding moves a double of at most this magnitude: half a unit of its last place.
 double halfUnit(double magnitude) {
