@@ -97,16 +97,21 @@ template <bool kPaired, ByteSum kSum>
   }
 }
 
-template <ByteSum kSum, FourShape kShape>
+// Four pixels are summed together where there are enough registers; and only sums of one digit would wait for the bytes
+// that a pair shares.
+template <ByteSum kSum>
 [[gnu::always_inline]] inline void addGroups(const Groups& groups, const ByteTaps* taps, FourSums<kSum>& first,
                                              FourSums<kSum>& second) {
-  if constexpr (kShape == FourShape::Uneven) {
+  constexpr bool kTogether = digitsOf(kSum) == 1 || QAV_KERNEL_LEVEL >= 2;
+  if (!kTogether || taps->shape == FourShape::Uneven) {
     addPixel(groups, taps[0], first.s0, second.s0);
     addPixel(groups, taps[1], first.s1, second.s1);
     addPixel(groups, taps[2], first.s2, second.s2);
     addPixel(groups, taps[3], first.s3, second.s3);
+  } else if (digitsOf(kSum) == 1 && taps->shape == FourShape::Paired) {
+    addFour<true>(groups, taps, first, second);
   } else {
-    addFour<kShape == FourShape::Paired>(groups, taps, first, second);
+    addFour<false>(groups, taps, first, second);
   }
 }
 
@@ -127,11 +132,11 @@ struct Block {
   return rounded.bytes;
 }
 
-template <ByteSum kSum, FourShape kShape>
+template <ByteSum kSum>
 [[gnu::always_inline]] inline Block integerBlock(const Groups& groups, const ByteTaps* taps,
                                                  const ByteWeights& weights) {
   FourSums<kSum> first(taps), second(taps);
-  addGroups<kSum, kShape>(groups, taps, first, second);
+  addGroups(groups, taps, first, second);
   return {decidedBlock(first.rounded(weights), groups, taps),
           decidedBlock(second.rounded(weights), groups.ofSecondRows(), taps)};
 }
@@ -185,17 +190,8 @@ struct Fours {
   std::uint8_t* const* out;
 };
 
-// Four pixels in two vectors of rows are summed together where there are enough registers; and only sums of one digit
-// would wait for the bytes that a pair shares.
-template <ByteSum kSum>
-[[gnu::always_inline]] inline FourShape usefulShape(FourShape shape) {
-  constexpr bool kTogether = digitsOf(kSum) == 1 || (digitsOf(kSum) > 1 && QAV_KERNEL_LEVEL >= 2);
-  if (!kTogether || shape == FourShape::Uneven) return FourShape::Uneven;
-  return digitsOf(kSum) == 1 ? shape : FourShape::Even;
-}
-
-// The fours from x on that are summed in one way; returns where they end.
-template <int kChannels, ByteSum kSum, FourShape kShape>
+// The fours from x on that have sums of one kind; returns where they end.
+template <int kChannels, ByteSum kSum>
 [[gnu::noinline]] std::size_t resampleAlike(const Fours& fours, std::size_t x, Fetching& next) {
   const auto [plan, groups, end, rowCount, out] = fours;
   const ByteTaps* const taps = plan.taps;
@@ -206,35 +202,24 @@ template <int kChannels, ByteSum kSum, FourShape kShape>
     if constexpr (kSum == ByteSum::Exact)
       block = exactBlocks(groups, taps + x);
     else
-      block = integerBlock<kSum, kShape>(groups, taps + x, weights);
+      block = integerBlock<kSum>(groups, taps + x, weights);
     storeBlock<kChannels>(block, x, plan.width, rowCount, out);
     ahead.portion();
     x += kBlock;
-  } while (x < end && taps[x].sum == kSum && usefulShape<kSum>(taps[x].shape) == kShape);
+  } while (x < end && taps[x].sum == kSum);
   next = ahead;
   return x;
-}
-
-template <int kChannels, ByteSum kSum>
-std::size_t resampleInSum(const Fours& fours, std::size_t x, Fetching& next) {
-  using enum FourShape;
-  const FourShape shape = usefulShape<kSum>(fours.plan.taps[x].shape);
-  if constexpr (digitsOf(kSum) == 1)
-    if (shape == Paired) return resampleAlike<kChannels, kSum, Paired>(fours, x, next);
-  if constexpr (digitsOf(kSum) >= 1)
-    if (shape == Even) return resampleAlike<kChannels, kSum, Even>(fours, x, next);
-  return resampleAlike<kChannels, kSum, Uneven>(fours, x, next);
 }
 
 template <int kChannels>
 std::size_t resampleSome(const Fours& fours, std::size_t x, Fetching& next) {
   using enum ByteSum;
   const ByteSum sum = fours.plan.taps[x].sum;
-  return sum == OneDigit      ? resampleInSum<kChannels, OneDigit>(fours, x, next)
-         : sum == Parts       ? resampleInSum<kChannels, Parts>(fours, x, next)
-         : sum == Ratio       ? resampleInSum<kChannels, Ratio>(fours, x, next)
-         : sum == ThreeDigits ? resampleInSum<kChannels, ThreeDigits>(fours, x, next)
-                              : resampleInSum<kChannels, Exact>(fours, x, next);
+  return sum == OneDigit      ? resampleAlike<kChannels, OneDigit>(fours, x, next)
+         : sum == Parts       ? resampleAlike<kChannels, Parts>(fours, x, next)
+         : sum == Ratio       ? resampleAlike<kChannels, Ratio>(fours, x, next)
+         : sum == ThreeDigits ? resampleAlike<kChannels, ThreeDigits>(fours, x, next)
+                              : resampleAlike<kChannels, Exact>(fours, x, next);
 }
 
 template <int kChannels>
