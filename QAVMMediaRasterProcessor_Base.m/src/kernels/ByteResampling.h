@@ -30,7 +30,7 @@ constexpr int digitsOf(ByteSum sum) {
 enum class FourShape : std::int32_t {
   Uneven,
   Even,   ///< all look at as many groups, at least at one
-  Paired  ///< as well, and the first two look at the same, and so do the other two
+  Paired  ///< even, and the first two look at the same groups, and so do the other two
 };
 
 /// The weights of one output position: weights[k] belongs to source position left + k.
@@ -76,7 +76,8 @@ struct ByteRowPlan {
   const ByteTaps* taps = nullptr;  ///< for whole fours; each four has one kind of sum
   std::size_t width = 0;
   ByteWeights weights;
-  ByteRun run;                            ///< has sums of one kind, which is neither Exact nor Ratio
+  ByteRun run;                            ///< has sums of one kind, which is neither Exact nor Ratio; 64 bytes of a row
+                                          ///< can be read at every group of the first lane of a vector
   const RowStretch* stretches = nullptr;  ///< of all other positions
   std::size_t stretchCount = 0;
 };

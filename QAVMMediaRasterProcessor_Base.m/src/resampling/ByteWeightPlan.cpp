@@ -274,7 +274,7 @@ class Planner {
       return false;
     const ByteTaps &taps = plan_.taps[i], &next = plan_.taps[i + period];
     return taps.groups > 0 && taps.sum != ByteSum::Ratio && taps.sum == plan_.taps[i + 1].sum && next.sum == taps.sum &&
-           kindOf_[i] == kindOf_[i + period] && next.left == taps.left + step;
+           kindOf_[i] == kindOf_[i + period] && next.left - taps.left == step;
   }
 
   // Where in a group the first tap stands.

@@ -76,9 +76,10 @@ class BytePasses {
     if (kernels::digitsOf(taps[run.first].sum) > kernels_.digitsOfRuns) return {};
     const auto channels = static_cast<std::size_t>(job.channels);
     const auto endsReadable = [&] {
-      const auto periods = static_cast<std::int32_t>((run.end - run.first) / run.period - kLanes);
-      const std::int32_t begins = *std::max_element(run.begins, run.begins + run.period);
-      const auto lastGroup = static_cast<std::size_t>(begins + periods * run.step + 4 * (run.groups - 1));
+      const std::size_t periods = (run.end - run.first) / run.period - kLanes;
+      const auto begins = static_cast<std::size_t>(*std::max_element(run.begins, run.begins + run.period));
+      const std::size_t lastVector = begins + periods * static_cast<std::size_t>(run.step);
+      const std::size_t lastGroup = lastVector + 4 * static_cast<std::size_t>(run.groups - 1);
       return lastGroup * channels + kWidestVector <= job.sourceWidth * channels;
     };
     while (run.end > run.first && !endsReadable()) run.end -= kernels::ByteRun::kPositions;

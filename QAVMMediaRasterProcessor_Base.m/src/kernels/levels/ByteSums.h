@@ -198,7 +198,7 @@ struct Division {
           signBits(packedSigns(exactHalf(low) & (I16)(lowDoubt > none), exactHalf(high) & (I16)(highDoubt > none)))};
 }
 
-// Four vectors of sums, those of four positions or of positions four apart.
+// Four vectors of sums, which start as those of four positions do.
 template <ByteSum kSum>
 struct FourSums {
   Sum<kSum> s0, s1, s2, s3;
