@@ -4,6 +4,7 @@
 #include "kernels/ByteResampling.h"
 #include "kernels/FloatResampling.h"
 #include "resampling/ByteWeightPlan.h"
+#include "resampling/FloatWeightPlan.h"
 #include "resampling/RowStretches.h"
 
 #include <algorithm>
@@ -111,42 +112,34 @@ class FloatPasses {
  public:
   using Sample = float;
 
-  explicit FloatPasses(const StripJob<Sample>& job)
-      : horizontal_(tapsOf(job.horizontal)), vertical_(tapsOf(job.vertical)) {}
+  explicit FloatPasses(const StripJob<Sample>& job) : horizontal_(job.horizontal), vertical_(job.vertical) {
+    if (kernels_.takesRuns) horizontal_.addRun();
+  }
 
   std::size_t rowsAtOnce() const { return kernels_.rowsAtOnce; }
   void resampleRows(const kernels::SourceRows<Sample>& in, Sample* const* out) const {
-    kernels_.rows(in, horizontal_.data(), horizontal_.size(), out);
+    kernels_.rows(in, {horizontal_.taps.data(), horizontal_.taps.size(), horizontal_.run}, out);
   }
 
   std::size_t outputsTogether() const { return kernels_.outputsTogether; }
   std::size_t outputsAt(std::size_t y, std::size_t end) const {
     const std::size_t together = outputsTogether();
-    return end - y >= together && kernels::overlapInOrder(&vertical_[y], together) ? together : 1;
+    return end - y >= together && kernels::overlapInOrder(&vertical_.taps[y], together) ? together : 1;
   }
   Span sourcesOf(std::size_t y, std::size_t count) const {
-    const std::int32_t left = vertical_[y].left;
-    return {static_cast<std::size_t>(left), static_cast<std::size_t>(vertical_[y + count - 1].behind() - left)};
+    const std::int32_t left = vertical_.taps[y].left;
+    return {static_cast<std::size_t>(left), static_cast<std::size_t>(vertical_.taps[y + count - 1].behind() - left)};
   }
   std::size_t rowsLookedAt(std::size_t y, std::size_t count) const { return sourcesOf(y, count).count; }
   void resampleColumns(const Sample* const* rows, std::size_t y, std::size_t count, std::size_t first, std::size_t end,
                        Sample* const* out) const {
-    kernels_.columns({rows, &vertical_[y], count}, first, end, out);
+    kernels_.columns({rows, &vertical_.taps[y], count}, first, end, out);
   }
 
  private:
-  static std::vector<kernels::FloatTaps> tapsOf(std::span<const QAVMMContribution> entries) {
-    std::vector<kernels::FloatTaps> taps(entries.size());
-    for (std::size_t i = 0; i < taps.size(); ++i) {
-      const QAVMMContribution& entry = entries[i];
-      if (entry.left <= entry.right) taps[i] = {entry.weights, entry.left, entry.right - entry.left + 1};
-    }
-    return taps;
-  }
-
   const kernels::FloatResamplingKernels& kernels_ = kernels::floatResamplingKernels();
-  std::vector<kernels::FloatTaps> horizontal_;
-  std::vector<kernels::FloatTaps> vertical_;
+  FloatWeightPlan horizontal_;
+  FloatWeightPlan vertical_;
 };
 
 // Some output rows of the vertical pass together, in parts of their width: so the source rows that they share are read

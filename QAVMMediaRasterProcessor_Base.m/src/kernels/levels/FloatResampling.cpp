@@ -1,6 +1,7 @@
 #include "kernels/FloatResampling.h"
 
 #include <type_traits>
+#include <utility>
 
 #include "RegionBegin.h"
 
@@ -8,71 +9,13 @@
 
 #include "Fetching.h"
 
+#include "FloatSums.h"
+
+#if QAV_KERNEL_LEVEL >= 1
+#include "FloatRuns.h"
+#endif
+
 namespace {
-
-constexpr std::size_t kDoubles = kLanes<F64>;
-// Results whose sources overlap are summed side by side: a source sample that was read and widened to double once
-// serves them all. As many as the registers hold, four vectors of each.
-constexpr std::size_t kTogether = QAV_KERNEL_LEVEL >= 2 ? 4 : 2;
-constexpr std::size_t kVectors = QAV_KERNEL_LEVEL >= 1 ? 4 : 2;
-
-template <std::size_t kOutputs, std::size_t kCount>
-using Sums = F64[kOutputs][kCount];
-
-// The next `count` source positions for the results kFrom to kTo - 1. weights[o] is the next weight of result o;
-// source.read(v) is vector v of the position, and source.next() goes on to the one behind it.
-template <std::size_t kFrom, std::size_t kTo, std::size_t kOutputs, std::size_t kCount, class Source>
-[[gnu::always_inline]] inline void addSpan(std::int32_t count, const double* (&weights)[kOutputs], Source& source,
-                                           Sums<kOutputs, kCount>& sums) {
-  for (; count > 0; --count, source.next()) {
-    F64 weight[kTo];
-#pragma GCC unroll 4
-    for (std::size_t o = kFrom; o < kTo; ++o) weight[o] = splat<F64>(*weights[o]++);
-#pragma GCC unroll 4
-    for (std::size_t v = 0; v < kCount; ++v) {
-      const F64 samples = source.read(v);
-#pragma GCC unroll 4
-      for (std::size_t o = kFrom; o < kTo; ++o) sums[o][v] += samples * weight[o];
-    }
-  }
-}
-
-// Results that overlap in order: they begin one after the other, all take part for a while, and are done one after the
-// other.
-template <std::size_t kOutputs, std::size_t kCount, class Source>
-[[gnu::always_inline]] inline void addAll(const FloatTaps* taps, Source source, Sums<kOutputs, kCount>& sums) {
-  static_assert(kOutputs == 1 || kOutputs == 2 || kOutputs == 4);
-  const double* weights[kOutputs];
-#pragma GCC unroll 4
-  for (std::size_t o = 0; o < kOutputs; ++o) weights[o] = taps[o].weights;
-  if constexpr (kOutputs > 1) addSpan<0, 1>(taps[1].left - taps[0].left, weights, source, sums);
-  if constexpr (kOutputs > 2) addSpan<0, 2>(taps[2].left - taps[1].left, weights, source, sums);
-  if constexpr (kOutputs > 3) addSpan<0, 3>(taps[3].left - taps[2].left, weights, source, sums);
-  addSpan<0, kOutputs>(taps[0].behind() - taps[kOutputs - 1].left, weights, source, sums);
-  if constexpr (kOutputs > 1) addSpan<1, kOutputs>(taps[1].behind() - taps[0].behind(), weights, source, sums);
-  if constexpr (kOutputs > 2) addSpan<2, kOutputs>(taps[2].behind() - taps[1].behind(), weights, source, sums);
-  if constexpr (kOutputs > 3) addSpan<3, kOutputs>(taps[3].behind() - taps[2].behind(), weights, source, sums);
-}
-
-[[gnu::always_inline]] inline F64 doublesFromFloats(const float* from) {
-#if QAV_KERNEL_LEVEL >= 2
-  return (F64)_mm512_cvtps_pd(_mm256_loadu_ps(from));
-#elif QAV_KERNEL_LEVEL == 1
-  return (F64)_mm256_cvtps_pd(_mm_loadu_ps(from));
-#else
-  return F64{static_cast<double>(from[0]), static_cast<double>(from[1])};
-#endif
-}
-
-[[gnu::always_inline]] inline void storeAsFloats(float* to, F64 v) {
-#if QAV_KERNEL_LEVEL >= 2
-  _mm256_storeu_ps(to, _mm512_cvtpd_ps((__m512d)v));
-#elif QAV_KERNEL_LEVEL == 1
-  _mm_storeu_ps(to, _mm256_cvtpd_ps((__m256d)v));
-#else
-  for (std::size_t i = 0; i < kDoubles; ++i) to[i] = static_cast<float>(v[i]);
-#endif
-}
 
 struct ColumnSource {
   const float* const* rows;
@@ -81,10 +24,10 @@ struct ColumnSource {
   void next() { ++rows; }
 };
 
-template <std::size_t kOutputs, std::size_t kCount>
+template <bool kExact, std::size_t kOutputs, std::size_t kCount>
 void columnBlock(const FloatColumns& in, std::size_t at, float* const* out) {
   Sums<kOutputs, kCount> sums = {};
-  addAll(in.taps, ColumnSource{in.rows, at}, sums);
+  addAll<kExact>(in.taps, ColumnSource{in.rows, at}, sums);
 #pragma GCC unroll 4
   for (std::size_t o = 0; o < kOutputs; ++o)
 #pragma GCC unroll 4
@@ -101,19 +44,23 @@ void columnSample(const FloatColumns& in, std::size_t at, float* const* out) {
   }
 }
 
-template <std::size_t kOutputs>
+template <bool kExact, std::size_t kOutputs>
 void columnsOf(const FloatColumns& in, std::size_t first, std::size_t end, float* const* out) {
   std::size_t at = first;
-  for (; at + kVectors * kDoubles <= end; at += kVectors * kDoubles) columnBlock<kOutputs, kVectors>(in, at, out);
-  for (; at + kDoubles <= end; at += kDoubles) columnBlock<kOutputs, 1>(in, at, out);
+  for (; at + kVectors * kDoubles <= end; at += kVectors * kDoubles)
+    columnBlock<kExact, kOutputs, kVectors>(in, at, out);
+  for (; at + kDoubles <= end; at += kDoubles) columnBlock<kExact, kOutputs, 1>(in, at, out);
   for (; at < end; ++at) columnSample(in, at, out);
 }
 
 void columns(const FloatColumns& in, std::size_t first, std::size_t end, float* const* out) {
-  if (in.count == kTogether)
-    columnsOf<kTogether>(in, first, end, out);
+  if (in.count < kTogether) return columnsOf<false, 1>(in, first, end, out);
+  bool exact = true;
+  for (std::size_t o = 0; o < kTogether; ++o) exact = exact && in.taps[o].exact;
+  if (exact)
+    columnsOf<true, kTogether>(in, first, end, out);
   else
-    columnsOf<1>(in, first, end, out);
+    columnsOf<false, kTogether>(in, first, end, out);
 }
 
 #if QAV_KERNEL_LEVEL >= 1
@@ -139,8 +86,9 @@ template <int kChannels>
 template <int kChannels>
 [[gnu::always_inline]] inline F64 loadPixels(const float* from, [[maybe_unused]] std::size_t stride) {
 #if QAV_KERNEL_LEVEL >= 2
-  return (F64)_mm512_cvtps_pd(
-      _mm256_insertf128_ps(_mm256_castps128_ps256(loadPixel<kChannels>(from)), loadPixel<kChannels>(from + stride), 1));
+  // Cheaper than to join them first and to widen a whole vector.
+  return (F64)_mm512_insertf64x4(_mm512_castpd256_pd512(_mm256_cvtps_pd(loadPixel<kChannels>(from))),
+                                 _mm256_cvtps_pd(loadPixel<kChannels>(from + stride)), 1);
 #else
   return (F64)_mm256_cvtps_pd(loadPixel<kChannels>(from));
 #endif
@@ -158,6 +106,15 @@ template <int kChannels>
 }
 
 template <int kChannels>
+struct RowTarget {
+  float* const* rows;
+  std::size_t first;
+  [[gnu::always_inline]] void store(std::size_t x, std::size_t v, F64 sum) const {
+    storePixels<kChannels>(rows + v * kRowsOfVector, (first + x) * kChannels, sum);
+  }
+};
+
+template <int kChannels>
 struct RowSource {
   const float* pixel;
   std::size_t stride;
@@ -165,10 +122,26 @@ struct RowSource {
   void next() { pixel += kChannels; }
 };
 
+// Calls the rows that come next into the second-level cache as it goes through its own, position by position: in
+// larger portions they would take the places of the misses that the sums wait for.
+template <int kChannels, std::size_t kCount>
+struct FetchingRowSource : RowSource<kChannels> {
+  std::uintptr_t ahead;  // may leave the image, which does no harm
+  void next() {
+    RowSource<kChannels>::next();
+    constexpr std::size_t kBytes = kCount * kRowsOfVector * kChannels * sizeof(float), kLine = 64;
+    constexpr int kSecondLevel = 2;
+    for (std::size_t i = 0; i < kBytes; i += kLine)
+      __builtin_prefetch(reinterpret_cast<const void*>(ahead + i), 0, kSecondLevel);
+    ahead += kBytes;
+  }
+};
+
 template <int kChannels, std::size_t kOutputs, std::size_t kCount>
 void rowBlock(const float* from, std::size_t stride, const FloatTaps* taps, std::size_t x, float* const* out) {
   Sums<kOutputs, kCount> sums = {};
-  addAll(taps + x, RowSource<kChannels>{from + static_cast<std::size_t>(taps[x].left) * kChannels, stride}, sums);
+  addAll<false>(taps + x, RowSource<kChannels>{from + static_cast<std::size_t>(taps[x].left) * kChannels, stride},
+                sums);
 #pragma GCC unroll 4
   for (std::size_t v = 0; v < kCount; ++v)
 #pragma GCC unroll 4
@@ -176,30 +149,65 @@ void rowBlock(const float* from, std::size_t stride, const FloatTaps* taps, std:
       storePixels<kChannels>(out + v * kRowsOfVector, (x + o) * kChannels, sums[o][v]);
 }
 
-// kCount vectors of rows, where the last row may stand for one that is not there.
+// Positions first to end - 1 of kCount vectors of rows, where the last row may stand for one that is not there.
 template <int kChannels, std::size_t kCount>
-void rowsTogether(const float* from, std::size_t stride, const FloatTaps* taps, std::size_t width, std::size_t ahead,
-                  float* const* out) {
-  Fetching next(from + ahead, ahead, width / kTogether + 1);
-  for (std::size_t x = 0; x < width;) {
-    if (x + kTogether <= width && overlapInOrder(taps + x, kTogether)) {
+void rowsTogether(const float* from, std::size_t stride, const FloatTaps* taps, std::size_t first, std::size_t end,
+                  Fetching& next, float* const* out) {
+  for (std::size_t x = first; x < end;) {
+    const bool together = end - x >= kTogether && overlapInOrder(taps + x, kTogether);
+    if (together)
       rowBlock<kChannels, kTogether, kCount>(from, stride, taps, x, out);
-      x += kTogether;
-    } else {
+    else
       rowBlock<kChannels, 1, kCount>(from, stride, taps, x, out);
-      ++x;
-    }
+    x += together ? kTogether : 1;
     next.portion();
   }
 }
 
+template <int kChannels, std::size_t kSlots, bool kExact>
+bool rowsInTurns(const SourceRows<float>& in, const FloatRun& run, float* const* out) {
+  constexpr std::size_t kCount = kSlotVectors<kSlots>;
+  using Source = FetchingRowSource<kChannels, kCount>;
+  using Target = RowTarget<kChannels>;
+  bool finite = true;
+  for (std::size_t row = 0; row < kRows; row += kCount * kRowsOfVector) {
+    const float* const first = in.first + row * in.stride;
+    const Source source{{first + static_cast<std::size_t>(run.source) * kChannels, in.stride},
+                        reinterpret_cast<std::uintptr_t>(first + in.ahead)};
+    RunningSums<kSlots, kCount, kExact, Source, Target> sums(run, source, {out + row, run.first});
+    for (std::size_t x = 0; x < run.count(); x += kSlots) sums.completeAll(x);
+    finite = finite && sums.allFinite();
+  }
+  return finite;
+}
+
 template <int kChannels>
-void rowsOf(const SourceRows<float>& in, const FloatTaps* taps, std::size_t width, float* const* out) {
-  if (in.count == kRows) return rowsTogether<kChannels, kVectors>(in.first, in.stride, taps, width, in.ahead, out);
+bool rowsOfRun(const SourceRows<float>& in, const FloatRun& run, float* const* out) {
+  return atShapeOf(run, [&]<std::size_t kSlots, bool kExact>(Shape<kSlots, kExact>) {
+    return rowsInTurns<kChannels, kSlots, kExact>(in, run, out);
+  });
+}
+
+template <int kChannels>
+void allRows(const SourceRows<float>& in, const FloatRowPlan& plan, float* const* out) {
+  const FloatRun& run = plan.run;
+  Fetching next(in.first + in.ahead, run.count() > 0 ? 0 : in.ahead, plan.width / kTogether + 1);
+  const auto inSpans = [&](std::size_t first, std::size_t end) {
+    rowsTogether<kChannels, kVectors>(in.first, in.stride, plan.taps, first, end, next, out);
+  };
+  inSpans(0, run.first);
+  if (run.count() > 0 && !rowsOfRun<kChannels>(in, run, out)) inSpans(run.first, run.end);
+  inSpans(run.end, plan.width);
+}
+
+template <int kChannels>
+void rowsOf(const SourceRows<float>& in, const FloatRowPlan& plan, float* const* out) {
+  if (in.count == kRows) return allRows<kChannels>(in, plan, out);
+  Fetching nothing(in.first, 0, 1);
   for (std::size_t r = 0; r < in.count; r += kRowsOfVector) {
     const bool whole = in.count - r >= kRowsOfVector;
     float* const to[2] = {out[r], out[whole ? r + kRowsOfVector - 1 : r]};
-    rowsTogether<kChannels, 1>(in.first + r * in.stride, whole ? in.stride : 0, taps, width, 0, to);
+    rowsTogether<kChannels, 1>(in.first + r * in.stride, whole ? in.stride : 0, plan.taps, 0, plan.width, nothing, to);
   }
 }
 
@@ -208,8 +216,9 @@ void rowsOf(const SourceRows<float>& in, const FloatTaps* taps, std::size_t widt
 constexpr std::size_t kRows = 1;
 
 template <int kChannels>
-void rowsOf(const SourceRows<float>& in, const FloatTaps* taps, std::size_t width, float* const* out) {
-  for (std::size_t x = 0; x < width; ++x) {
+void rowsOf(const SourceRows<float>& in, const FloatRowPlan& plan, float* const* out) {
+  const FloatTaps* const taps = plan.taps;
+  for (std::size_t x = 0; x < plan.width; ++x) {
     double sums[kChannels] = {};
     const float* from = in.first + static_cast<std::size_t>(taps[x].left) * kChannels;
     for (std::int32_t t = 0; t < taps[x].count; ++t, from += kChannels)
@@ -221,16 +230,16 @@ void rowsOf(const SourceRows<float>& in, const FloatTaps* taps, std::size_t widt
 
 #endif
 
-void rows(const SourceRows<float>& in, const FloatTaps* taps, std::size_t width, float* const* out) {
+void rows(const SourceRows<float>& in, const FloatRowPlan& plan, float* const* out) {
   if (in.channels == 4)
-    rowsOf<4>(in, taps, width, out);
+    rowsOf<4>(in, plan, out);
   else
-    rowsOf<3>(in, taps, width, out);
+    rowsOf<3>(in, plan, out);
 }
 
 }  // namespace
 
 extern const FloatResamplingKernels floatResampling;
-const FloatResamplingKernels floatResampling = {kRows, kTogether, &rows, &columns};
+const FloatResamplingKernels floatResampling = {kRows, kTogether, QAV_KERNEL_LEVEL >= 1, &rows, &columns};
 
 #include "RegionEnd.h"
