@@ -37,9 +37,10 @@ struct FloatTurn {
 
 /// Consecutive positions that take turns: the sum of each stands in slot position % slots, and is complete before the
 /// next position of that slot begins. So each source position is read and widened to double once, for all slots. The
-/// weights of slots that do not look at it are 0, which changes no sum as long as all samples are finite.
+/// weights of slots that do not look at it are 0, which changes no sum as long as all samples are finite. The last
+/// position of a row never belongs to it: pixels are written in vectors that reach into the next one.
 struct FloatRun {
-  std::size_t slots = 0;  ///< 2, 4, 6 or 8
+  std::size_t slots = 0;  ///< 2, 3, 4, 6 or 8
   std::size_t first = 0;  ///< positions first to end - 1, a multiple of `slots`
   std::size_t end = 0;
   std::int32_t source = 0;           ///< the first source position that any of them looks at

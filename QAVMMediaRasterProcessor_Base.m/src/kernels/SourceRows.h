@@ -13,6 +13,7 @@ struct SourceRows {
   std::size_t pixels;  ///< of each row
   int channels;        ///< 3 or 4
   std::size_t ahead;   ///< samples from these rows to as many that come next; 0 when there are none
+  bool room;           ///< whether a fourth sample of the last pixel may be read, whatever it is
 };
 
 }  // namespace qav::kernels

@@ -60,8 +60,9 @@ Range longestRange(const Positions& positions, std::size_t slots, bool exact) {
            (x - first < slots || cut[x - slots].behind() <= cut[x].left);
   };
   Range longest;
-  for (std::size_t first = 0, end; first < cut.size(); first = std::max(end, first + 1)) {
-    for (end = first; end < cut.size() && takesPart(end, first);) ++end;
+  const std::size_t most = cut.size() - 1;  // see FloatRun
+  for (std::size_t first = 0, end; first < most; first = std::max(end, first + 1)) {
+    for (end = first; end < most && takesPart(end, first);) ++end;
     const std::size_t count = (end - first) / slots * slots;
     if (count > longest.end - longest.first) longest = {slots, first, first + count, exact};
   }
@@ -75,20 +76,23 @@ double saving(const Positions& positions, const Range& range) {
   constexpr double kWidening = 6.0;
   constexpr std::size_t kTogether = 4;
   const std::span<const FloatTaps> taps = positions.all;
-  double inSpans = 0.0;
-  for (std::size_t x = range.first; x < range.end; ++x) inSpans += 2.0 * taps[x].count;
-  for (std::size_t x = range.first; x < range.end; x += kTogether) {
+  double products = 0.0, widened = 0.0;
+  for (std::size_t x = range.first; x < range.end; ++x) {
+    products += taps[x].count;
     const std::size_t last = std::min(x + kTogether, range.end) - 1;
-    inSpans += kWidening * (taps[last].behind() - taps[x].left);
+    widened += kernels::overlapInOrder(&taps[x], last - x + 1)
+                   ? (taps[last].behind() - taps[x].left) / static_cast<double>(last - x + 1)
+                   : taps[x].count;
   }
   const double sources = taps[range.end - 1].behind() - taps[range.first].left;
-  return inSpans - sources * (static_cast<double>(range.slots) * (range.exact ? 1.0 : 2.0) + kWidening);
+  return 2.0 * products + kWidening * widened -
+         sources * (static_cast<double>(range.slots) * (range.exact ? 1.0 : 2.0) + kWidening);
 }
 
 Range bestRange(const Positions& positions) {
   Range best;
   double most = 0.0;
-  for (const std::size_t slots : {2u, 4u, 6u, 8u}) {
+  for (const std::size_t slots : {2u, 3u, 4u, 6u, 8u}) {
     for (const bool exact : {false, true}) {
       const Range range = longestRange(positions, slots, exact);
       const double saved = saving(positions, range);
@@ -108,6 +112,7 @@ FloatWeightPlan::FloatWeightPlan(std::span<const QAVMMContribution> entries) : t
 }
 
 void FloatWeightPlan::addRun() {
+  if (taps.empty()) return;
   const Positions positions(taps);
   const auto [slots, first, end, exact] = bestRange(positions);
   if (slots == 0) return;

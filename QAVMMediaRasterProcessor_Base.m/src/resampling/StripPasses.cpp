@@ -213,7 +213,8 @@ std::size_t targetStride(const StripJob<Sample>& job) {
 template <class Sample>
 kernels::SourceRows<Sample> sourceRows(const StripJob<Sample>& job, std::size_t first, std::size_t count) {
   const std::size_t stride = sourceStride(job), ahead = job.sourceHeight - first >= 2 * count ? count * stride : 0;
-  return {job.source + first * stride, stride, count, job.sourceWidth, job.channels, ahead};
+  const bool room = first + count < job.sourceHeight;
+  return {job.source + first * stride, stride, count, job.sourceWidth, job.channels, ahead, room};
 }
 
 // Samples from row to row of memory of our own, so that all rows begin at the start of a cache line.
@@ -245,14 +246,16 @@ template <class Passes, class Sample>
 void resampleColumnsThenRows(const StripJob<Sample>& job, Passes& passes) {
   ColumnPass<Passes> columns(passes, sourceStride(job));
   const std::size_t stride = alignedStride<Sample>(sourceStride(job));
-  const AlignedArray<Sample> strip = makeAlignedArray<Sample>(passes.rowsAtOnce() * stride);
+  const std::size_t samples = passes.rowsAtOnce() * stride + 1;  // with room
+  const AlignedArray<Sample> strip = makeAlignedArray<Sample>(samples);
+  std::fill_n(strip.get(), samples, Sample());
   inStrips(job.height, passes.rowsAtOnce(), [&](std::size_t first, std::size_t count) {
     const auto between = addresses(strip.get(), stride, count);
     columns.run(
         first, first + count, [&](std::size_t row) { return job.source + row * sourceStride(job); },
         [&](std::size_t y) { return between[y - first]; });
     const auto out = addresses(job.target + first * targetStride(job), targetStride(job), count);
-    passes.resampleRows({strip.get(), stride, count, job.sourceWidth, job.channels, 0}, out.data());
+    passes.resampleRows({strip.get(), stride, count, job.sourceWidth, job.channels, 0, true}, out.data());
   });
 }
 

@@ -69,39 +69,43 @@ void columns(const FloatColumns& in, std::size_t first, std::size_t end, float* 
 constexpr std::size_t kRowsOfVector = kDoubles / 4;
 constexpr std::size_t kRows = kVectors * kRowsOfVector;
 
-template <int kChannels>
+// How pixels of three samples are read and written: alone, or with whatever is behind them. What is written behind a
+// pixel has to be written again.
+enum class Pixel { Alone, Joined };
+
+template <int kChannels, Pixel kPixel>
 [[gnu::always_inline]] inline __m128 loadPixel(const float* from) {
-  if constexpr (kChannels == 4) return _mm_loadu_ps(from);
+  if constexpr (kChannels == 4 || kPixel == Pixel::Joined) return _mm_loadu_ps(from);
   return _mm_maskload_ps(from, _mm_setr_epi32(-1, -1, -1, 0));
 }
 
-template <int kChannels>
+template <int kChannels, Pixel kPixel>
 [[gnu::always_inline]] inline void storePixel(float* to, __m128 pixel) {
-  if constexpr (kChannels == 4)
+  if constexpr (kChannels == 4 || kPixel == Pixel::Joined)
     _mm_storeu_ps(to, pixel);
   else
     _mm_maskstore_ps(to, _mm_setr_epi32(-1, -1, -1, 0), pixel);
 }
 
-template <int kChannels>
+template <int kChannels, Pixel kPixel>
 [[gnu::always_inline]] inline F64 loadPixels(const float* from, [[maybe_unused]] std::size_t stride) {
 #if QAV_KERNEL_LEVEL >= 2
   // Cheaper than to join them first and to widen a whole vector.
-  return (F64)_mm512_insertf64x4(_mm512_castpd256_pd512(_mm256_cvtps_pd(loadPixel<kChannels>(from))),
-                                 _mm256_cvtps_pd(loadPixel<kChannels>(from + stride)), 1);
+  return (F64)_mm512_insertf64x4(_mm512_castpd256_pd512(_mm256_cvtps_pd(loadPixel<kChannels, kPixel>(from))),
+                                 _mm256_cvtps_pd(loadPixel<kChannels, kPixel>(from + stride)), 1);
 #else
-  return (F64)_mm256_cvtps_pd(loadPixel<kChannels>(from));
+  return (F64)_mm256_cvtps_pd(loadPixel<kChannels, kPixel>(from));
 #endif
 }
 
-template <int kChannels>
+template <int kChannels, Pixel kPixel>
 [[gnu::always_inline]] inline void storePixels(float* const* rows, std::size_t at, F64 pixels) {
 #if QAV_KERNEL_LEVEL >= 2
   const __m256 both = _mm512_cvtpd_ps((__m512d)pixels);
-  storePixel<kChannels>(rows[0] + at, _mm256_castps256_ps128(both));
-  storePixel<kChannels>(rows[1] + at, _mm256_extractf128_ps(both, 1));
+  storePixel<kChannels, kPixel>(rows[0] + at, _mm256_castps256_ps128(both));
+  storePixel<kChannels, kPixel>(rows[1] + at, _mm256_extractf128_ps(both, 1));
 #else
-  storePixel<kChannels>(rows[0] + at, _mm256_cvtpd_ps((__m256d)pixels));
+  storePixel<kChannels, kPixel>(rows[0] + at, _mm256_cvtpd_ps((__m256d)pixels));
 #endif
 }
 
@@ -110,25 +114,25 @@ struct RowTarget {
   float* const* rows;
   std::size_t first;
   [[gnu::always_inline]] void store(std::size_t x, std::size_t v, F64 sum) const {
-    storePixels<kChannels>(rows + v * kRowsOfVector, (first + x) * kChannels, sum);
+    storePixels<kChannels, Pixel::Joined>(rows + v * kRowsOfVector, (first + x) * kChannels, sum);
   }
 };
 
-template <int kChannels>
+template <int kChannels, Pixel kPixel>
 struct RowSource {
   const float* pixel;
   std::size_t stride;
-  F64 read(std::size_t v) const { return loadPixels<kChannels>(pixel + v * kRowsOfVector * stride, stride); }
+  F64 read(std::size_t v) const { return loadPixels<kChannels, kPixel>(pixel + v * kRowsOfVector * stride, stride); }
   void next() { pixel += kChannels; }
 };
 
 // Calls the rows that come next into the second-level cache as it goes through its own, position by position: in
 // larger portions they would take the places of the misses that the sums wait for.
 template <int kChannels, std::size_t kCount>
-struct FetchingRowSource : RowSource<kChannels> {
+struct FetchingRowSource : RowSource<kChannels, Pixel::Joined> {
   std::uintptr_t ahead;  // may leave the image, which does no harm
   void next() {
-    RowSource<kChannels>::next();
+    RowSource<kChannels, Pixel::Joined>::next();
     constexpr std::size_t kBytes = kCount * kRowsOfVector * kChannels * sizeof(float), kLine = 64;
     constexpr int kSecondLevel = 2;
     for (std::size_t i = 0; i < kBytes; i += kLine)
@@ -137,29 +141,38 @@ struct FetchingRowSource : RowSource<kChannels> {
   }
 };
 
-template <int kChannels, std::size_t kOutputs, std::size_t kCount>
-void rowBlock(const float* from, std::size_t stride, const FloatTaps* taps, std::size_t x, float* const* out) {
-  Sums<kOutputs, kCount> sums = {};
-  addAll<false>(taps + x, RowSource<kChannels>{from + static_cast<std::size_t>(taps[x].left) * kChannels, stride},
-                sums);
+template <int kChannels, Pixel kStored, std::size_t kOutputs, std::size_t kCount>
+[[gnu::always_inline]] inline void storeSums(const Sums<kOutputs, kCount>& sums, std::size_t at, float* const* out) {
 #pragma GCC unroll 4
   for (std::size_t v = 0; v < kCount; ++v)
 #pragma GCC unroll 4
     for (std::size_t o = 0; o < kOutputs; ++o)
-      storePixels<kChannels>(out + v * kRowsOfVector, (x + o) * kChannels, sums[o][v]);
+      storePixels<kChannels, kStored>(out + v * kRowsOfVector, at + o * kChannels, sums[o][v]);
+}
+
+template <int kChannels, Pixel kRead, std::size_t kOutputs, std::size_t kCount>
+void rowBlock(const float* from, std::size_t stride, const FloatTaps* taps, std::size_t x, bool isLast,
+              float* const* out) {
+  Sums<kOutputs, kCount> sums = {};
+  const float* const first = from + static_cast<std::size_t>(taps[x].left) * kChannels;
+  addAll<false>(taps + x, RowSource<kChannels, kRead>{first, stride}, sums);
+  if (kChannels == 4 || !isLast)
+    storeSums<kChannels, Pixel::Joined>(sums, x * kChannels, out);
+  else
+    storeSums<kChannels, Pixel::Alone>(sums, x * kChannels, out);
 }
 
 // Positions first to end - 1 of kCount vectors of rows, where the last row may stand for one that is not there.
-template <int kChannels, std::size_t kCount>
+template <int kChannels, Pixel kRead, std::size_t kCount>
 void rowsTogether(const float* from, std::size_t stride, const FloatTaps* taps, std::size_t first, std::size_t end,
                   Fetching& next, float* const* out) {
-  for (std::size_t x = first; x < end;) {
+  for (std::size_t x = first, behind; x < end; x = behind) {
     const bool together = end - x >= kTogether && overlapInOrder(taps + x, kTogether);
+    behind = x + (together ? kTogether : 1);
     if (together)
-      rowBlock<kChannels, kTogether, kCount>(from, stride, taps, x, out);
+      rowBlock<kChannels, kRead, kTogether, kCount>(from, stride, taps, x, behind == end, out);
     else
-      rowBlock<kChannels, 1, kCount>(from, stride, taps, x, out);
-    x += together ? kTogether : 1;
+      rowBlock<kChannels, kRead, 1, kCount>(from, stride, taps, x, behind == end, out);
     next.portion();
   }
 }
@@ -193,7 +206,7 @@ void allRows(const SourceRows<float>& in, const FloatRowPlan& plan, float* const
   const FloatRun& run = plan.run;
   Fetching next(in.first + in.ahead, run.count() > 0 ? 0 : in.ahead, plan.width / kTogether + 1);
   const auto inSpans = [&](std::size_t first, std::size_t end) {
-    rowsTogether<kChannels, kVectors>(in.first, in.stride, plan.taps, first, end, next, out);
+    rowsTogether<kChannels, Pixel::Joined, kVectors>(in.first, in.stride, plan.taps, first, end, next, out);
   };
   inSpans(0, run.first);
   if (run.count() > 0 && !rowsOfRun<kChannels>(in, run, out)) inSpans(run.first, run.end);
@@ -202,12 +215,13 @@ void allRows(const SourceRows<float>& in, const FloatRowPlan& plan, float* const
 
 template <int kChannels>
 void rowsOf(const SourceRows<float>& in, const FloatRowPlan& plan, float* const* out) {
-  if (in.count == kRows) return allRows<kChannels>(in, plan, out);
+  if (in.count == kRows && (kChannels == 4 || in.room)) return allRows<kChannels>(in, plan, out);
   Fetching nothing(in.first, 0, 1);
   for (std::size_t r = 0; r < in.count; r += kRowsOfVector) {
     const bool whole = in.count - r >= kRowsOfVector;
     float* const to[2] = {out[r], out[whole ? r + kRowsOfVector - 1 : r]};
-    rowsTogether<kChannels, 1>(in.first + r * in.stride, whole ? in.stride : 0, plan.taps, 0, plan.width, nothing, to);
+    rowsTogether<kChannels, Pixel::Alone, 1>(in.first + r * in.stride, whole ? in.stride : 0, plan.taps, 0, plan.width,
+                                             nothing, to);
   }
 }
 

@@ -73,6 +73,8 @@ auto atShapeOf(const FloatRun& run, Body body) {
   switch (run.slots) {
     case 2:
       return run.exact ? body(Shape<2, true>()) : body(Shape<2, false>());
+    case 3:
+      return run.exact ? body(Shape<3, true>()) : body(Shape<3, false>());
     case 4:
       return run.exact ? body(Shape<4, true>()) : body(Shape<4, false>());
     case 6:
