@@ -3,6 +3,9 @@
 #include <QAVMMResamplingKernels.h>
 #include <QAVMMResizeEngine.h>
 
+#include <algorithm>
+#include <cmath>
+
 namespace qav::bench {
 namespace {
 
@@ -37,6 +40,22 @@ QAVPixelImage& floats() {
   return image;
 }
 
+// The weights of OpenCV's cubic, which stays four positions wide when it shrinks.
+template <int kNumerator, int kDenominator>
+class OpenCvCubic : public QAVMMGenericFilter {
+ public:
+  OpenCvCubic() : QAVMMGenericFilter(2.0 * kScale) {}
+  double Evaluate(double x) override {
+    constexpr double a = -0.75;
+    const double d = std::abs(x) / kScale;
+    if (d < 1) return ((a + 2) * d - (a + 3)) * d * d + 1;
+    return d < 2 ? ((a * d - 5 * a) * d + 8 * a) * d - 4 * a : 0.0;
+  }
+
+ private:
+  static constexpr double kScale = std::min(1.0, static_cast<double>(kNumerator) / kDenominator);
+};
+
 using Cubic = QAVMMCatmullRomFilter;
 using Lanczos = QAVMMLanczos3Filter;
 
@@ -54,6 +73,11 @@ using Lanczos = QAVMMLanczos3Filter;
     addOurs("resize float cubic to 960x540", 3, scaling<Cubic>(floats, 960, 540)),
     addOurs("resize float cubic to 2880x1620", 3, scaling<Cubic>(floats, 2880, 1620)),
     addOurs("resize float cubic to 2880x1620, anew", 3, scaling<Cubic>(floats, 2880, 1620)),
+    addOurs("resize float Lanczos3 to 640x360", 3, scaling<Lanczos>(floats, 640, 360)),
+    addOurs("resize float Lanczos3 to 960x540", 3, scaling<Lanczos>(floats, 960, 540)),
+    addOurs("resize float, equal cubic, to 640x360", 3, scaling<OpenCvCubic<1, 3>>(floats, 640, 360)),
+    addOurs("resize float, equal cubic, to 960x540", 3, scaling<OpenCvCubic<1, 2>>(floats, 960, 540)),
+    addOurs("resize float, equal cubic, to 1280x720", 3, scaling<OpenCvCubic<2, 3>>(floats, 1280, 720)),
 };
 
 }  // namespace

@@ -48,6 +48,11 @@ std::function<void()> scalingAnew(const cv::Mat& (*source)(), int width, int hei
     add("resize float cubic to 960x540", "OpenCV", scaling(floats, 960, 540, cv::INTER_CUBIC)),
     add("resize float cubic to 2880x1620", "OpenCV", scaling(floats, 2880, 1620, cv::INTER_CUBIC)),
     add("resize float cubic to 2880x1620, anew", "OpenCV", scalingAnew(floats, 2880, 1620, cv::INTER_CUBIC)),
+    add("resize float Lanczos3 to 640x360", "OpenCV", scaling(floats, 640, 360, cv::INTER_LANCZOS4)),
+    add("resize float Lanczos3 to 960x540", "OpenCV", scaling(floats, 960, 540, cv::INTER_LANCZOS4)),
+    add("resize float, equal cubic, to 640x360", "OpenCV", scaling(floats, 640, 360, cv::INTER_CUBIC)),
+    add("resize float, equal cubic, to 960x540", "OpenCV", scaling(floats, 960, 540, cv::INTER_CUBIC)),
+    add("resize float, equal cubic, to 1280x720", "OpenCV", scaling(floats, 1280, 720, cv::INTER_CUBIC)),
 };
 
 }  // namespace

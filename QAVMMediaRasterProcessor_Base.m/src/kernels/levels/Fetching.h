@@ -2,7 +2,8 @@
 
 namespace {
 
-// Calls memory into the second-level cache, in even portions while there is something else to do.
+// Calls memory into the second-level cache, in even portions while there is something else to do. Small ones: many
+// lines at once take the places of the misses that the work waits for.
 class Fetching {
  public:
   template <class Sample>
@@ -11,8 +12,8 @@ class Fetching {
         left_(samples * sizeof(Sample)),
         portion_((left_ + portions - 1) / portions) {}
 
-  [[gnu::always_inline]] void portion() {
-    const std::size_t now = portion_ < left_ ? portion_ : left_;
+  [[gnu::always_inline]] void portion(std::size_t count = 1) {
+    const std::size_t wanted = count * portion_, now = wanted < left_ ? wanted : left_;
     due_ += now;
     left_ -= now;
     constexpr std::size_t kLine = 64, kSecondLevel = 2;

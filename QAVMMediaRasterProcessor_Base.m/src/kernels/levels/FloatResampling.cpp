@@ -126,8 +126,7 @@ struct RowSource {
   void next() { pixel += kChannels; }
 };
 
-// Calls the rows that come next into the second-level cache as it goes through its own, position by position: in
-// larger portions they would take the places of the misses that the sums wait for.
+// As Fetching does, but position by position as it goes through the rows.
 template <int kChannels, std::size_t kCount>
 struct FetchingRowSource : RowSource<kChannels, Pixel::Joined> {
   std::uintptr_t ahead;  // may leave the image, which does no harm
@@ -173,7 +172,7 @@ void rowsTogether(const float* from, std::size_t stride, const FloatTaps* taps, 
       rowBlock<kChannels, kRead, kTogether, kCount>(from, stride, taps, x, behind == end, out);
     else
       rowBlock<kChannels, kRead, 1, kCount>(from, stride, taps, x, behind == end, out);
-    next.portion();
+    next.portion(behind - x);
   }
 }
 
@@ -204,7 +203,7 @@ bool rowsOfRun(const SourceRows<float>& in, const FloatRun& run, float* const* o
 template <int kChannels>
 void allRows(const SourceRows<float>& in, const FloatRowPlan& plan, float* const* out) {
   const FloatRun& run = plan.run;
-  Fetching next(in.first + in.ahead, run.count() > 0 ? 0 : in.ahead, plan.width / kTogether + 1);
+  Fetching next(in.first + in.ahead, run.count() > 0 ? 0 : in.ahead, plan.width);
   const auto inSpans = [&](std::size_t first, std::size_t end) {
     rowsTogether<kChannels, Pixel::Joined, kVectors>(in.first, in.stride, plan.taps, first, end, next, out);
   };
