@@ -29,16 +29,19 @@ QAVPixelImage& rgb() {
   return image;
 }
 
+template <QAVPixelImageFormat kFormat, int kChannels>
 QAVPixelImage& floats() {
   static QAVPixelImage& image = *[] {
-    auto* const made = new QAVPixelImage(kWidth, kHeight, RGBAFloat);
-    const auto& samples = photograph(kWidth, kHeight, 4);
+    auto* const made = new QAVPixelImage(kWidth, kHeight, kFormat);
+    const auto& samples = photograph(kWidth, kHeight, kChannels);
     for (std::size_t i = 0; i < samples.size(); ++i)
       made->GetFloatingPixelsToModify()[i] = static_cast<float>(samples[i]) / 255.0f;
     return made;
   }();
   return image;
 }
+constexpr auto rgbaFloats = floats<RGBAFloat, 4>;
+constexpr auto rgbFloats = floats<RGBFloat, 3>;
 
 // The weights of OpenCV's cubic, which stays four positions wide when it shrinks.
 template <int kNumerator, int kDenominator>
@@ -69,15 +72,16 @@ using Lanczos = QAVMMLanczos3Filter;
     addOurs("resize RGB cubic to 1280x720", 0, scaling<Cubic>(rgb, 1280, 720)),
     addOurs("resize box to 320x180", 0, scaling<QAVMMBoxFilter>(bytes, 320, 180)),
     addOurs("resize triangle to 2880x1620", 0, scaling<QAVMMTriangleFilter>(bytes, 2880, 1620)),
-    addOurs("resize float cubic to 640x360", 3, scaling<Cubic>(floats, 640, 360)),
-    addOurs("resize float cubic to 960x540", 3, scaling<Cubic>(floats, 960, 540)),
-    addOurs("resize float cubic to 2880x1620", 3, scaling<Cubic>(floats, 2880, 1620)),
-    addOurs("resize float cubic to 2880x1620, anew", 3, scaling<Cubic>(floats, 2880, 1620)),
-    addOurs("resize float Lanczos3 to 640x360", 3, scaling<Lanczos>(floats, 640, 360)),
-    addOurs("resize float Lanczos3 to 960x540", 3, scaling<Lanczos>(floats, 960, 540)),
-    addOurs("resize float, equal cubic, to 640x360", 3, scaling<OpenCvCubic<1, 3>>(floats, 640, 360)),
-    addOurs("resize float, equal cubic, to 960x540", 3, scaling<OpenCvCubic<1, 2>>(floats, 960, 540)),
-    addOurs("resize float, equal cubic, to 1280x720", 3, scaling<OpenCvCubic<2, 3>>(floats, 1280, 720)),
+    addOurs("resize float cubic to 640x360", 3, scaling<Cubic>(rgbaFloats, 640, 360)),
+    addOurs("resize float cubic to 960x540", 3, scaling<Cubic>(rgbaFloats, 960, 540)),
+    addOurs("resize float cubic to 2880x1620", 3, scaling<Cubic>(rgbaFloats, 2880, 1620)),
+    addOurs("resize float cubic to 2880x1620, anew", 3, scaling<Cubic>(rgbaFloats, 2880, 1620)),
+    addOurs("resize float RGB cubic to 960x540", 0, scaling<Cubic>(rgbFloats, 960, 540)),
+    addOurs("resize float Lanczos3 to 640x360", 3, scaling<Lanczos>(rgbaFloats, 640, 360)),
+    addOurs("resize float Lanczos3 to 960x540", 3, scaling<Lanczos>(rgbaFloats, 960, 540)),
+    addOurs("resize float, equal cubic, to 640x360", 3, scaling<OpenCvCubic<1, 3>>(rgbaFloats, 640, 360)),
+    addOurs("resize float, equal cubic, to 960x540", 3, scaling<OpenCvCubic<1, 2>>(rgbaFloats, 960, 540)),
+    addOurs("resize float, equal cubic, to 1280x720", 3, scaling<OpenCvCubic<2, 3>>(rgbaFloats, 1280, 720)),
 };
 
 }  // namespace

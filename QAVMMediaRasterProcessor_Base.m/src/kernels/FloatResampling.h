@@ -35,10 +35,11 @@ struct FloatTurn {
   std::int32_t behind;  ///< before this one the sum is complete
 };
 
-/// Consecutive positions that take turns: the sum of each stands in slot position % slots, and is complete before the
-/// next position of that slot begins. So each source position is read and widened to double once, for all slots. The
-/// weights of slots that do not look at it are 0, which changes no sum as long as all samples are finite. The last
-/// position of a row never belongs to it: pixels are written in vectors that reach into the next one.
+/// Consecutive positions that take turns: the sum of each stands in one of some slots, that of position x in slot
+/// (x - first) % slots, and is complete before the next position of that slot begins. So each source position is read
+/// and widened to double once, for all slots. The weights of slots that do not look at it are 0, which changes no sum
+/// as long as all samples are finite; rows with others are done again without the run. The last position of a row never
+/// belongs to it: pixels are written in vectors that reach into the next one.
 struct FloatRun {
   std::size_t slots = 0;  ///< 2, 3, 4, 6 or 8
   std::size_t first = 0;  ///< positions first to end - 1, a multiple of `slots`

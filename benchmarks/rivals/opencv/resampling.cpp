@@ -5,14 +5,17 @@
 namespace qav::bench {
 namespace {
 
+template <int kChannels>
 const cv::Mat& floats() {
   static const cv::Mat mat = [] {
     cv::Mat made;
-    sharedMat(4).convertTo(made, CV_32FC4, 1.0 / 255);
+    sharedMat(kChannels).convertTo(made, CV_32FC(kChannels), 1.0 / 255);
     return made;
   }();
   return mat;
 }
+constexpr auto rgbaFloats = floats<4>;
+constexpr auto rgbFloats = floats<3>;
 
 const cv::Mat& bytes() { return sharedMat(4); }
 const cv::Mat& rgb() { return sharedMat(3); }
@@ -44,15 +47,16 @@ std::function<void()> scalingAnew(const cv::Mat& (*source)(), int width, int hei
     add("resize RGB cubic to 1280x720", "OpenCV", scaling(rgb, 1280, 720, cv::INTER_CUBIC)),
     add("resize box to 320x180", "OpenCV", scaling(bytes, 320, 180, cv::INTER_AREA)),
     add("resize triangle to 2880x1620", "OpenCV", scaling(bytes, 2880, 1620, cv::INTER_LINEAR)),
-    add("resize float cubic to 640x360", "OpenCV", scaling(floats, 640, 360, cv::INTER_CUBIC)),
-    add("resize float cubic to 960x540", "OpenCV", scaling(floats, 960, 540, cv::INTER_CUBIC)),
-    add("resize float cubic to 2880x1620", "OpenCV", scaling(floats, 2880, 1620, cv::INTER_CUBIC)),
-    add("resize float cubic to 2880x1620, anew", "OpenCV", scalingAnew(floats, 2880, 1620, cv::INTER_CUBIC)),
-    add("resize float Lanczos3 to 640x360", "OpenCV", scaling(floats, 640, 360, cv::INTER_LANCZOS4)),
-    add("resize float Lanczos3 to 960x540", "OpenCV", scaling(floats, 960, 540, cv::INTER_LANCZOS4)),
-    add("resize float, equal cubic, to 640x360", "OpenCV", scaling(floats, 640, 360, cv::INTER_CUBIC)),
-    add("resize float, equal cubic, to 960x540", "OpenCV", scaling(floats, 960, 540, cv::INTER_CUBIC)),
-    add("resize float, equal cubic, to 1280x720", "OpenCV", scaling(floats, 1280, 720, cv::INTER_CUBIC)),
+    add("resize float cubic to 640x360", "OpenCV", scaling(rgbaFloats, 640, 360, cv::INTER_CUBIC)),
+    add("resize float cubic to 960x540", "OpenCV", scaling(rgbaFloats, 960, 540, cv::INTER_CUBIC)),
+    add("resize float cubic to 2880x1620", "OpenCV", scaling(rgbaFloats, 2880, 1620, cv::INTER_CUBIC)),
+    add("resize float cubic to 2880x1620, anew", "OpenCV", scalingAnew(rgbaFloats, 2880, 1620, cv::INTER_CUBIC)),
+    add("resize float RGB cubic to 960x540", "OpenCV", scaling(rgbFloats, 960, 540, cv::INTER_CUBIC)),
+    add("resize float Lanczos3 to 640x360", "OpenCV", scaling(rgbaFloats, 640, 360, cv::INTER_LANCZOS4)),
+    add("resize float Lanczos3 to 960x540", "OpenCV", scaling(rgbaFloats, 960, 540, cv::INTER_LANCZOS4)),
+    add("resize float, equal cubic, to 640x360", "OpenCV", scaling(rgbaFloats, 640, 360, cv::INTER_CUBIC)),
+    add("resize float, equal cubic, to 960x540", "OpenCV", scaling(rgbaFloats, 960, 540, cv::INTER_CUBIC)),
+    add("resize float, equal cubic, to 1280x720", "OpenCV", scaling(rgbaFloats, 1280, 720, cv::INTER_CUBIC)),
 };
 
 }  // namespace

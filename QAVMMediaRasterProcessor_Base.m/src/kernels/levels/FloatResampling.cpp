@@ -129,13 +129,11 @@ struct RowSource {
 // As Fetching does, but position by position as it goes through the rows.
 template <int kChannels, std::size_t kCount>
 struct FetchingRowSource : RowSource<kChannels, Pixel::Joined> {
-  std::uintptr_t ahead;  // may leave the image, which does no harm
+  std::uintptr_t ahead;  // may leave the image
   void next() {
     RowSource<kChannels, Pixel::Joined>::next();
-    constexpr std::size_t kBytes = kCount * kRowsOfVector * kChannels * sizeof(float), kLine = 64;
-    constexpr int kSecondLevel = 2;
-    for (std::size_t i = 0; i < kBytes; i += kLine)
-      __builtin_prefetch(reinterpret_cast<const void*>(ahead + i), 0, kSecondLevel);
+    constexpr std::size_t kBytes = kCount * kRowsOfVector * kChannels * sizeof(float);
+    for (std::size_t i = 0; i < kBytes; i += kFetchedLine) fetchLine(ahead + i);
     ahead += kBytes;
   }
 };
